@@ -1,0 +1,37 @@
+# Build conventions shared by every target of the project.
+
+add_library(webrig_build_options INTERFACE)
+target_include_directories(webrig_build_options INTERFACE
+    ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    target_compile_options(webrig_build_options INTERFACE
+        -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wconversion -Wno-sign-conversion
+        $<$<BOOL:${WEBRIG_WERROR}>:-Werror>)
+endif()
+if(WEBRIG_SANITIZE)
+    target_compile_options(webrig_build_options INTERFACE
+        -fsanitize=${WEBRIG_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(webrig_build_options INTERFACE -fsanitize=${WEBRIG_SANITIZE})
+endif()
+if(WEBRIG_BUILD_FUZZ)
+    # Coverage feedback for libFuzzer in every library the fuzz targets reach.
+    target_compile_options(webrig_build_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# webrig_library(<name> <folder under src/> [DEPS <targets>...] [EXCLUDE <files>...])
+# A static library made of every .cpp in the folder (not its sub-folders) but the excluded ones.
+function(webrig_library name folder)
+    cmake_parse_arguments(ARG "" "" "DEPS;EXCLUDE" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp)
+    file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/*.h)
+    foreach(excluded IN LISTS ARG_EXCLUDE)
+        list(REMOVE_ITEM sources ${PROJECT_SOURCE_DIR}/src/${folder}/${excluded})
+    endforeach()
+    if(sources)
+        add_library(${name} STATIC ${sources} ${headers})
+        target_link_libraries(${name} PUBLIC webrig_build_options ${ARG_DEPS})
+    else()
+        add_library(${name} INTERFACE ${headers})
+        target_link_libraries(${name} INTERFACE webrig_build_options ${ARG_DEPS})
+    endif()
+endfunction()
