@@ -17,6 +17,11 @@ qm::wstring SettingsReader::Resolved(qm::wstring_view section, qm::wstring_view 
 }
 
 qm::wstring SettingsReader::Scrambled(qm::wstring_view section, qm::wstring_view name) const {
+    // An absent password is no password. (Descrambling the usual default "0" would give a
+    // one-character password nobody set.)
+    if (!m_file.Find(section, name)) {
+        return {};
+    }
     const qm::wstring scrambled = Raw(section, name, kNameLimit, u"0");
     return m_resolver.ResolveValue(DescramblePassword(scrambled, m_ansi));
 }

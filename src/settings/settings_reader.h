@@ -28,7 +28,7 @@ public:
     // Raw with the limit 4096, then resolved through the host engine.
     qm::wstring Resolved(qm::wstring_view section, qm::wstring_view name,
                          qm::wstring_view fallback) const;
-    // A scrambled password: raw with the limit 260 and the default "0", descrambled, resolved.
+    // A scrambled password: raw with the limit 260, descrambled, resolved; empty when absent.
     qm::wstring Scrambled(qm::wstring_view section, qm::wstring_view name) const;
     // Absent or empty gives `fallback`; otherwise the value's number.
     int32_t IntegerOr(qm::wstring_view section, qm::wstring_view name, int32_t fallback) const;
