@@ -20,15 +20,15 @@ using qm::wstring;
 // Integer, character and text conversions against the C library's own printf, for every flag,
 // width and precision combination whose meaning C defines.
 
-std::string c_format(const std::string& spec, long long value) {
+std::string c_format(const std::string& pattern, long long value) {
     char buffer[256];
-    std::snprintf(buffer, sizeof buffer, spec.c_str(), value);
+    std::snprintf(buffer, sizeof buffer, pattern.c_str(), value);
     return buffer;
 }
 
-std::string c_format(const std::string& spec, unsigned long long value) {
+std::string c_format(const std::string& pattern, unsigned long long value) {
     char buffer[256];
-    std::snprintf(buffer, sizeof buffer, spec.c_str(), value);
+    std::snprintf(buffer, sizeof buffer, pattern.c_str(), value);
     return buffer;
 }
 
@@ -138,13 +138,13 @@ TEST(FormatText, MatchesPrintfForFlagsWidthsAndPrecisions) {
     for (const char* flags : {"", "-"}) {
         for (const char* width : kWidths) {
             for (const char* precision : kPrecisions) {
-                const std::string spec = std::string("%") + flags + width + precision + "s";
+                const std::string pattern = std::string("%") + flags + width + precision + "s";
                 for (const char* text : texts) {
                     char buffer[256];
-                    std::snprintf(buffer, sizeof buffer, spec.c_str(), text);
-                    EXPECT_EQ(qm::format(qm::widen_ascii(spec), qm::widen_ascii(text)),
+                    std::snprintf(buffer, sizeof buffer, pattern.c_str(), text);
+                    EXPECT_EQ(qm::format(qm::widen_ascii(pattern), qm::widen_ascii(text)),
                               qm::widen_ascii(buffer))
-                        << "format \"" << spec << "\" with \"" << text << '"';
+                        << "format \"" << pattern << "\" with \"" << text << '"';
                 }
             }
         }
@@ -152,12 +152,12 @@ TEST(FormatText, MatchesPrintfForFlagsWidthsAndPrecisions) {
 }
 
 TEST(FormatCharacter, MatchesPrintfForWidths) {
-    for (const char* spec : {"%c", "%1c", "%4c", "%-4c", "[%c]", "%-1c"}) {
+    for (const char* pattern : {"%c", "%1c", "%4c", "%-4c", "[%c]", "%-1c"}) {
         for (const int value : {'A', 'z', ' ', '%'}) {
             char buffer[64];
-            std::snprintf(buffer, sizeof buffer, spec, value);
-            EXPECT_EQ(qm::format(qm::widen_ascii(spec), value), qm::widen_ascii(buffer))
-                << "format \"" << spec << "\" with " << value;
+            std::snprintf(buffer, sizeof buffer, pattern, value);
+            EXPECT_EQ(qm::format(qm::widen_ascii(pattern), value), qm::widen_ascii(buffer))
+                << "format \"" << pattern << "\" with " << value;
         }
     }
 }
@@ -271,12 +271,12 @@ TEST(Format, TextArgumentsComeFromEveryTextType) {
 constexpr size_t kPaddingBound = 4096;
 
 TEST(FormatLimits, HugeWidthsAreBounded) {
-    for (const char16_t* spec : {u"%99999999999999999999999d", u"%-4294967296d",
+    for (const char16_t* pattern : {u"%99999999999999999999999d", u"%-4294967296d",
                                  u"%018446744073709551617d", u"%99999999999999999999999s"}) {
-        const wstring out = qm::format(spec, 7);
-        EXPECT_LE(out.size(), kPaddingBound) << qm::to_utf8(spec);
-        EXPECT_GE(out.size(), 1000u) << qm::to_utf8(spec);
-        EXPECT_NE(out.find(u'7'), wstring::npos) << qm::to_utf8(spec);
+        const wstring out = qm::format(pattern, 7);
+        EXPECT_LE(out.size(), kPaddingBound) << qm::to_utf8(pattern);
+        EXPECT_GE(out.size(), 1000u) << qm::to_utf8(pattern);
+        EXPECT_NE(out.find(u'7'), wstring::npos) << qm::to_utf8(pattern);
     }
 }
 
