@@ -109,7 +109,7 @@ int32_t CIISIniLoader::ReadComponents(const Reader& reader) {
         const qm::wstring name =
             reader.Raw(kComponents, Numbered(u"c%d", i), Reader::kNameLimit, u"");
         if (name.empty()) {
-            return status::component_name_missing;
+            return status::component_entry_missing;
         }
         for (const ItemList& list : kLists) {
             if (const int32_t result = ReadItemList(reader, name, list); result != 0) {
@@ -496,7 +496,7 @@ int32_t CIISIniLoader::ReadProgressMessages(const Reader& reader) {
         qm::wstring text = reader.Raw(kProgressMessages, identifier, Reader::kProgressTextLimit,
                                       kDefaultProgressText);
         if (text.empty()) {
-            return status::progress_text_empty;
+            return status::progress_message_empty;
         }
         m_pBag->SetProgressMessage(identifier, std::move(text));
     }

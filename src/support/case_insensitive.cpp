@@ -27,6 +27,10 @@ char16_t to_upper(char16_t c) noexcept {
     if ((c >= 0x3B1 && c <= 0x3C1) || (c >= 0x3C3 && c <= 0x3CB)) {
         return static_cast<char16_t>(c - 0x20);
     }
+    // Archaic and Coptic letters in capital/small pairs.
+    if ((c >= 0x370 && c <= 0x373) || c == 0x376 || c == 0x377 || (c >= 0x3D8 && c <= 0x3EF)) {
+        return (c % 2 == 1) ? static_cast<char16_t>(c - 1) : c;
+    }
     switch (c) {
         case 0x3C2: return 0x3A3;  // final sigma
         case 0x3AC: return 0x386;
@@ -36,6 +40,22 @@ char16_t to_upper(char16_t c) noexcept {
         case 0x3CC: return 0x38C;
         case 0x3CD: return 0x38E;
         case 0x3CE: return 0x38F;
+        // Symbol forms of letters take the capital of the letter.
+        case 0x3D0: return 0x392;
+        case 0x3D1: return 0x398;
+        case 0x3D5: return 0x3A6;
+        case 0x3D6: return 0x3A0;
+        case 0x3D7: return 0x3CF;
+        case 0x3F0: return 0x39A;
+        case 0x3F1: return 0x3A1;
+        case 0x3F2: return 0x3F9;  // lunate sigma
+        case 0x3F3: return 0x37F;
+        case 0x3F5: return 0x395;
+        case 0x3F8: return 0x3F7;
+        case 0x3FB: return 0x3FA;
+        case 0x37B: return 0x3FD;
+        case 0x37C: return 0x3FE;
+        case 0x37D: return 0x3FF;
         default: break;
     }
     // Cyrillic.
@@ -47,6 +67,13 @@ char16_t to_upper(char16_t c) noexcept {
     }
     if ((c >= 0x460 && c <= 0x481) || (c >= 0x48A && c <= 0x4BF) || (c >= 0x4D0 && c <= 0x52F)) {
         return (c % 2 == 1) ? static_cast<char16_t>(c - 1) : c;
+    }
+    // U+04C1..U+04CE pair the other way round (the capital is odd); U+04CF is the small palochka.
+    if (c >= 0x4C1 && c <= 0x4CE) {
+        return (c % 2 == 0) ? static_cast<char16_t>(c - 1) : c;
+    }
+    if (c == 0x4CF) {
+        return 0x4C0;
     }
     // Full-width Latin.
     if (c >= 0xFF41 && c <= 0xFF5A) {

@@ -9,8 +9,9 @@
 
 namespace qm {
 
-// Simple (one code unit to one code unit) upper-case mapping for Latin, Greek, Cyrillic and the
-// full-width Latin letters; other code units map to themselves.
+// Simple (one code unit to one code unit) upper-case mapping for Basic Latin, Latin-1, Latin
+// Extended-A, Greek and Coptic, Cyrillic (up to U+052F) and the full-width Latin letters; other
+// code units map to themselves.
 char16_t to_upper(char16_t c) noexcept;
 wstring to_upper(wstring_view text);
 

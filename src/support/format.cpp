@@ -128,7 +128,6 @@ void emit_integer(wstring& out, const spec& s, const format_arg& arg) {
             break;
         case u'o':
             digits = digits_of(arg.as_unsigned(), 8, false);
-            prefix = (s.alternate && digits != u"0") ? u"0" : u"";
             break;
         default: {  // x, X
             const bool upper = s.conversion == u'X';
@@ -145,6 +144,10 @@ void emit_integer(wstring& out, const spec& s, const format_arg& arg) {
         } else if (digits.size() < s.precision) {
             digits.insert(0, s.precision - digits.size(), u'0');
         }
+    }
+    // '#' with 'o' asks for a leading zero, added only when the precision did not give one.
+    if (s.conversion == u'o' && s.alternate && (digits.empty() || digits.front() != u'0')) {
+        prefix = u"0";
     }
     const size_t length = sign.size() + prefix.size() + digits.size();
     if (s.zero && !s.left && !s.has_precision && s.width > length) {

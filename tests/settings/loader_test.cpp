@@ -205,8 +205,8 @@ const auto kRemoved = std::nullopt;
 INSTANTIATE_TEST_SUITE_P(
     FromTheFile, LoaderStatusTest,
     ::testing::Values(
-        StatusCase{"component_missing", "Components", "c1", kRemoved, st::component_name_missing},
-        StatusCase{"component_empty", "Components", "c1", "", st::component_name_missing},
+        StatusCase{"component_missing", "Components", "c1", kRemoved, st::component_entry_missing},
+        StatusCase{"component_empty", "Components", "c1", "", st::component_entry_missing},
         StatusCase{"action_state", "Web_VRoots", "ActionState", "", st::list_action_state_empty},
         StatusCase{"list_count", "Web_AppPools", "Count", "", st::list_count_empty},
         StatusCase{"vroot_entry", "Web_VRoots", "v1", kRemoved, st::vroot_entry_missing},
@@ -257,7 +257,7 @@ INSTANTIATE_TEST_SUITE_P(
         StatusCase{"website_site_number", "Website_Store", "SiteNumber", "",
                    st::website_site_number_empty},
         StatusCase{"progress_text", "ProgressMessages", "PROGMSG_IIS_EXTRACT", "",
-                   st::progress_text_empty}),
+                   st::progress_message_empty}),
     [](const ::testing::TestParamInfo<StatusCase>& info) { return std::string(info.param.what); });
 
 TEST_F(LoaderTest, AMissingFileIsStatusTwoAndLeavesTheBagEmpty) {
