@@ -15,7 +15,7 @@ uint64_t format_arg::as_unsigned() const noexcept {
 
 namespace {
 
-struct spec {
+struct directive {
     bool left = false;
     bool plus = false;
     bool space = false;
@@ -44,7 +44,7 @@ size_t read_number(wstring_view text, size_t& pos) {
 
 // Parses the conversion that starts after a '%' at `pos`. On success `pos` is past the conversion
 // character; returns false when the text ends first.
-bool parse_spec(wstring_view text, size_t& pos, spec& out) {
+bool parse_directive(wstring_view text, size_t& pos, directive& out) {
     for (; pos < text.size(); ++pos) {
         const char16_t c = text[pos];
         if (c == u'-') {
@@ -88,7 +88,7 @@ bool parse_spec(wstring_view text, size_t& pos, spec& out) {
 
 void pad(wstring& out, size_t count, char16_t fill) { out.append(count, fill); }
 
-void emit_padded(wstring& out, const spec& s, wstring_view body) {
+void emit_padded(wstring& out, const directive& s, wstring_view body) {
     const size_t padding = s.width > body.size() ? s.width - body.size() : 0;
     if (!s.left) {
         pad(out, padding, u' ');
@@ -109,7 +109,7 @@ wstring digits_of(uint64_t value, unsigned base, bool upper) {
     return digits;
 }
 
-void emit_integer(wstring& out, const spec& s, const format_arg& arg) {
+void emit_integer(wstring& out, const directive& s, const format_arg& arg) {
     wstring sign;
     wstring prefix;
     wstring digits;
@@ -156,7 +156,7 @@ void emit_integer(wstring& out, const spec& s, const format_arg& arg) {
     emit_padded(out, s, sign + prefix + digits);
 }
 
-void emit_text(wstring& out, const spec& s, wstring_view text) {
+void emit_text(wstring& out, const directive& s, wstring_view text) {
     if (s.has_precision && text.size() > s.precision) {
         text = text.substr(0, s.precision);
     }
@@ -179,8 +179,8 @@ wstring vformat(wstring_view format, std::span<const format_arg> args) {
         }
         out.append(format.substr(pos, percent - pos));
         pos = percent + 1;
-        spec s;
-        if (!parse_spec(format, pos, s)) {
+        directive s;
+        if (!parse_directive(format, pos, s)) {
             out.append(format.substr(percent));
             break;
         }
@@ -198,13 +198,13 @@ wstring vformat(wstring_view format, std::span<const format_arg> args) {
         if (arg.type() == format_arg::kind::text) {
             emit_text(out, s, arg.text());
         } else if (s.conversion == u's' || s.conversion == u'S') {
-            spec decimal = s;
+            directive decimal = s;
             decimal.conversion = arg.type() == format_arg::kind::signed_integer ? u'd' : u'u';
             decimal.has_precision = false;
             emit_integer(out, decimal, arg);
         } else if (s.conversion == u'c') {
             const char16_t c = static_cast<char16_t>(arg.as_unsigned());
-            emit_text(out, spec{.left = s.left, .width = s.width}, wstring_view(&c, 1));
+            emit_text(out, directive{.left = s.left, .width = s.width}, wstring_view(&c, 1));
         } else {
             emit_integer(out, s, arg);
         }
