@@ -1,7 +1,9 @@
 #include "exports/export_calls.h"
 
 #include "exports/runtime_holder.h"
+#include "host/host_functions.h"
 #include "platform/default_platform.h"
+#include "settings/iis_pro_ini_loader.h"
 
 namespace webrig::exports {
 namespace {
@@ -34,12 +36,15 @@ int32_t Initialize(const qm::wstring& settingsFile, uint32_t hostContext) {
 }
 
 int32_t InitializeOn(std::shared_ptr<platform::Platform> platform,
-                     const qm::wstring& /*settingsFile*/, uint32_t hostContext) {
+                     const qm::wstring& settingsFile, uint32_t hostContext) {
     try {
         CIISProRuntime& runtime =
             ReplaceRuntime(std::make_unique<CIISProRuntime>(std::move(platform)));
-        runtime.eventSink = std::make_unique<CIISProEvent>();
-        runtime.hostContext = hostContext;
+        // The host engine is loaded by the installer before webrig; it is never loaded here.
+        const platform::ModuleHandle hostModule =
+            runtime.platform().modules().FindModule(host::kHostModuleName);
+        CIISProIniLoader loader(runtime.platform(), settingsFile, hostModule, hostContext);
+        runtime.Initialize(loader, std::make_unique<CIISProEvent>(), hostContext);
     } catch (...) {
         // Whatever failed, the host is told 0; a later call finds what was stored.
     }

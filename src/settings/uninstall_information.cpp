@@ -1,0 +1,35 @@
+#include "settings/uninstall_information.h"
+
+namespace webrig::settings {
+namespace {
+
+constexpr size_t kValueBufferCharacters = 260;
+
+}  // namespace
+
+qm::wstring UninstallInformationKeyOf(const qm::wstring& productCode) {
+    return qm::wstring(kUninstallInformationKey) + u"\\" + productCode;
+}
+
+std::optional<qm::wstring> FindStoredSiteNumber(platform::Registry& registry,
+                                                const qm::wstring& productCode,
+                                                const qm::wstring& valueName) {
+    platform::ScopedRegKey key(registry);
+    if (registry.OpenKey(platform::kLocalMachine, UninstallInformationKeyOf(productCode),
+                         platform::key_access::read, key.receive()) != qm::win32::success) {
+        return std::nullopt;
+    }
+    platform::RegValue value;
+    if (registry.QueryValue(key.get(), valueName, value) != qm::win32::success) {
+        return std::nullopt;
+    }
+    if (value.type != platform::reg_type::sz && value.type != platform::reg_type::expand_sz) {
+        return std::nullopt;
+    }
+    if (value.data.size() > kValueBufferCharacters * sizeof(char16_t)) {
+        return std::nullopt;  // ERROR_MORE_DATA for the caller's buffer
+    }
+    return value.AsString();
+}
+
+}  // namespace webrig::settings

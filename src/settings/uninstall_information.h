@@ -1,0 +1,25 @@
+#pragma once
+// The registry key under HKEY_LOCAL_MACHINE where installations keep what later runs of the same
+// product need: stored site numbers and the markers of application pools they created. One
+// sub-key per product code.
+
+#include <optional>
+
+#include "platform/registry.h"
+
+namespace webrig::settings {
+
+inline constexpr char16_t kUninstallInformationKey[] =
+    u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Quillmark Uninstall Information";
+
+// The product's key path below HKEY_LOCAL_MACHINE.
+qm::wstring UninstallInformationKeyOf(const qm::wstring& productCode);
+
+// The text of the value `valueName` that an earlier installation of the product stored; nullopt
+// when the key or the value is missing, is not text, or does not fit the 260-character buffer it
+// is read into.
+std::optional<qm::wstring> FindStoredSiteNumber(platform::Registry& registry,
+                                                const qm::wstring& productCode,
+                                                const qm::wstring& valueName);
+
+}  // namespace webrig::settings
