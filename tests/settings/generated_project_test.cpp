@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -75,6 +76,18 @@ TEST(GeneratedProject, EveryReferencedSectionExistsAndHoldsItsRequiredKeys) {
     EXPECT_EQ(file.Find(u"Site_Component2", u"IsComponentBased"), qm::wstring_view(u"1"));
     EXPECT_EQ(file.Entries(u"ProgressMessages").size(), 21u);
     EXPECT_EQ(file.Entries(u"AppPool_Component3").size(), 17u);
+}
+
+TEST(GeneratedProject, LinesStayUnder200Characters) {
+    const qm::wstring text = GenerateProject(10000).Text();
+    size_t longest = 0;
+    for (size_t start = 0, end = 0; start < text.size(); start = end + 2) {
+        end = text.find(u"\r\n", start);
+        ASSERT_NE(end, qm::wstring::npos);
+        longest = std::max(longest, end - start);
+    }
+    EXPECT_LT(longest, 200u);
+    EXPECT_GT(longest, 100u);
 }
 
 TEST(GeneratedProject, ReadsTheSameInEveryEncodingAndLineEnding) {

@@ -121,25 +121,28 @@ class ProjectWriter {
     // application maps and two MIME maps for a virtual directory and none for a website.
     void WriteCommonKeys(const std::string& component, const std::string& item, int number,
                          bool isVRoot) {
-        const std::string root = "[INSTALLDIR]wwwroot\\" + component + "\\" + item;
+        const std::string root = "[INSTALLDIR]wwwroot\\" + component + "\\" + item + "\\htdocs";
+        const std::string errors = "[INSTALLDIR]errors\\" + component + "\\";
         m_file.Entry("DisplayName", isVRoot ? "Shop" + std::to_string(number) : item)
             .Entry("ItemType", isVRoot ? 2 : 1)
             .Entry("RootDir", root)
             .Entry("Attributes", isVRoot ? 0x0205 : 0x0201)
             .Entry("SessionTimeout", 20)
             .Entry("ScriptTimeout", 90)
-            .Entry("DefDoc", "Default.aspx,index.html,default.htm")
+            .Entry("DefDoc",
+                   "Default.aspx,Default.htm,Default.asp,index.htm,index.html,iisstart.htm")
             .Entry("AppPool", "AppPool_" + component)
             .Entry("AppName", "App_" + item)
             .Entry("Aspversion", "v4.0.30319")
             .Entry("AspVersionBitness", "64")
             .Entry("AspNetRegistration", "1")
-            .Entry("AnonyUserName", "IUSR_" + component);
+            .Entry("AnonyUserName", "WEBSHOP\\IUSR_" + component);
         m_file.Entry(u"AnonyPasswrd", m_scrambledPassword)
             .Entry(u"SslPassword", m_scrambledPassword)
-            .Entry("CustomErrors", "404,*,FILE,[INSTALLDIR]errors\\404.htm")
+            .Entry("CustomErrors", "403,*,FILE," + errors + "403.htm;404,*,FILE," + errors +
+                                       "404.htm;500,*,FILE," + errors + "500.htm")
             .Entry("FormsAuthentication", isVRoot ? 1 : 0)
-            .Entry("SSLCertPath", "[INSTALLDIR]certs\\" + component + ".pfx");
+            .Entry("SSLCertPath", "[INSTALLDIR]certificates\\" + component + "\\" + item + ".pfx");
         if (isVRoot) {
             m_file.Entry("MetaDataPropCount", 1)
                 .Entry("mdp1", item + "_Meta1")
@@ -198,7 +201,7 @@ class ProjectWriter {
             .Entry("Name", section)
             .Entry("Attributes", 0x0008)
             .Entry("RecycleRequests", 100000)
-            .Entry("RecycleTimes", "03:00,15:30")
+            .Entry("RecycleTimes", "03:00,09:00,15:00,21:00")
             .Entry("IdleTimeout", 20)
             .Entry("QueueLimit", 1000)
             .Entry("CPUMon", "80,5,0")
@@ -217,7 +220,7 @@ class ProjectWriter {
     void WriteWebServiceExtension(const std::string& section, const std::string& component) {
         m_file.Section(section)
             .Entry("File", "[INSTALLDIR]bin\\" + component + "Handler.dll")
-            .Entry("Description", component + " request handler")
+            .Entry("Description", component + " request handler for the storefront and its pages")
             .Entry("Group", component + "Handlers")
             .Entry("Attributes", 1)
             .Entry("ActionTaken", 0);

@@ -9,7 +9,8 @@ namespace webrig::testing {
 
 // Each component has one virtual directory (two application maps, two MIME maps, one metadata
 // property, a parent website of its own), one application pool, one web service extension and
-// one website. Components are named "Component1" to "Component<componentCount>".
+// one website. Components are named "Component1" to "Component<componentCount>". Lines stay
+// under 200 characters, the line limit of common INI readers such as inih.
 SettingsFileBuilder GenerateProject(int componentCount);
 
 // The plaintext of every scrambled password in a generated project. Its scrambled form is also
