@@ -17,6 +17,16 @@ bool IsTrimmed(char16_t c) {
     return c == u' ' || c == u'\t' || c == u'\n';
 }
 
+// FNV-1a over the code units. Not a defence against crafted collisions, and needs not be: equal
+// hashes fall back to comparing names, which keeps sorting O(n log n) whatever the input.
+uint64_t NameHash(qm::wstring_view name) {
+    uint64_t hash = 0xCBF29CE484222325;
+    for (const char16_t c : name) {
+        hash = (hash ^ c) * 0x100000001B3;
+    }
+    return hash;
+}
+
 const char16_t* FindChar(const char16_t* first, const char16_t* last, char16_t wanted) {
     for (; first != last; ++first) {
         if (*first == wanted) {
@@ -76,6 +86,11 @@ SettingsFile SettingsFile::ParseText(qm::wstring text) {
     const size_t lastCrLf = all.rfind(u"\r\n");
     const char16_t* const crLfPartEnd = lastCrLf == qm::wstring::npos ? base : base + lastCrLf + 2;
 
+    // Untouched capacity costs address space only; a generated project averages more than
+    // 20 characters a line, so the index mostly grows without copying.
+    file.m_entries.reserve(all.size() / 16);
+    file.m_sections.reserve(all.size() / 256);
+
     const char16_t* lineStart = base;
     for (const char16_t* cursor = base; cursor != end;) {
         const char16_t* const lineFeed = FindChar(cursor, end, u'\n');
@@ -117,7 +132,8 @@ void SettingsFile::AddLine(uint32_t begin, uint32_t end) {
         if (close != text + end) {
             const auto nameBegin = begin + 1;
             const auto nameLength = static_cast<uint32_t>(close - text) - nameBegin;
-            m_sections.push_back(Section{TextRange{nameBegin, nameLength},
+            m_sections.push_back(Section{NameHash(qm::wstring_view(text + nameBegin, nameLength)),
+                                         TextRange{nameBegin, nameLength},
                                          static_cast<uint32_t>(m_entries.size()), 0});
             return;
         }
@@ -138,15 +154,19 @@ void SettingsFile::AddLine(uint32_t begin, uint32_t end) {
 
 // A header given again empties its section: only the entries after its last header count.
 void SettingsFile::KeepLastHeaderOfEachSection() {
-    // Headers are in file order, so their entry runs are too; the name, then that order, sorts.
+    // Equal names end up in file order, the last header last.
     std::sort(m_sections.begin(), m_sections.end(), [this](const Section& a, const Section& b) {
+        if (a.nameHash != b.nameHash) {
+            return a.nameHash < b.nameHash;
+        }
         const int order = View(a.name).compare(View(b.name));
         return order != 0 ? order < 0 : a.name.begin < b.name.begin;
     });
     auto kept = m_sections.begin();
     for (auto it = m_sections.begin(); it != m_sections.end(); ++it) {
         const auto next = it + 1;
-        if (next == m_sections.end() || View(next->name) != View(it->name)) {
+        if (next == m_sections.end() || next->nameHash != it->nameHash ||
+            View(next->name) != View(it->name)) {
             *kept++ = *it;
         }
     }
@@ -172,11 +192,15 @@ void SettingsFile::KeepLastEntryOfEachName(Section& section) {
 }
 
 const SettingsFile::Section* SettingsFile::FindSection(qm::wstring_view name) const {
+    const uint64_t hash = NameHash(name);
     const auto it = std::lower_bound(m_sections.begin(), m_sections.end(), name,
-                                     [this](const Section& section, qm::wstring_view wanted) {
+                                     [this, hash](const Section& section, qm::wstring_view wanted) {
+                                         if (section.nameHash != hash) {
+                                             return section.nameHash < hash;
+                                         }
                                          return View(section.name) < wanted;
                                      });
-    if (it == m_sections.end() || View(it->name) != name) {
+    if (it == m_sections.end() || it->nameHash != hash || View(it->name) != name) {
         return nullptr;
     }
     return &*it;

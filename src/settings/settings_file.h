@@ -44,6 +44,9 @@ class SettingsFile {
         TextRange value;
     };
     struct Section {
+        // Sections are ordered by this hash first, so that sorting and finding them rarely has
+        // to read their names from all over the text.
+        uint64_t nameHash;
         TextRange name;
         uint32_t firstEntry;
         uint32_t entryCount;
@@ -63,7 +66,7 @@ class SettingsFile {
     std::unique_ptr<const qm::wstring> m_text;
     // Each section's entries are one run of this array, sorted by name, one entry per name.
     std::vector<Entry> m_entries;
-    // Sorted by name, one per name.
+    // Sorted by name hash, then name; one per name.
     std::vector<Section> m_sections;
 };
 
