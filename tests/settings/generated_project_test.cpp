@@ -39,15 +39,14 @@ std::vector<qm::wstring> ReachableSections(const SettingsFile& file) {
             for (int i = 1; i <= count; ++i) {
                 const qm::wstring item(file.Find(list, W(prefix + std::to_string(i))).value());
                 sections.push_back(item);
-                for (const char* counted :
-                     {"MetaDataPropCount:mdp", "AppMapCount:a", "MimeMapCount:mm"}) {
-                    const std::string spec(counted);
-                    const auto colon = spec.find(':');
-                    const auto countValue = file.Find(item, W(spec.substr(0, colon)));
+                const std::pair<const char*, const char*> countedLists[] = {
+                    {"MetaDataPropCount", "mdp"}, {"AppMapCount", "a"}, {"MimeMapCount", "mm"}};
+                for (const auto& [countKey, entryPrefix] : countedLists) {
+                    const auto countValue = file.Find(item, W(countKey));
                     const int n = countValue ? qm::read_decimal(*countValue) : 0;
                     for (int k = 1; k <= n; ++k) {
                         sections.emplace_back(
-                            file.Find(item, W(spec.substr(colon + 1) + std::to_string(k))).value());
+                            file.Find(item, W(entryPrefix + std::to_string(k))).value());
                     }
                 }
                 if (const auto parent = file.Find(item, u"Parent")) {
