@@ -1,0 +1,143 @@
+#include "settings/password_scrambling.h"
+
+#include <gtest/gtest.h>
+
+#include "settings/settings_file.h"
+#include "support/wide_string.h"
+#include "testing/generated_project.h"
+#include "testing/windows_1252_test_code_page.h"
+
+namespace webrig::settings {
+namespace {
+
+// Narrows characters to their low byte, as any ASCII-compatible code page does for the key.
+class AsciiCodePage final : public platform::AnsiCodePage {
+  public:
+    uint32_t Number() override { return 20127; }
+    qm::wstring ToWide(std::span<const std::byte> bytes) override {
+        qm::wstring text;
+        for (const std::byte byte : bytes) {
+            text += static_cast<char16_t>(std::to_integer<unsigned>(byte));
+        }
+        return text;
+    }
+    std::string FromWide(qm::wstring_view text) override {
+        std::string bytes;
+        for (const char16_t c : text) {
+            bytes += c < 0x80 ? static_cast<char>(c) : '?';
+        }
+        return bytes;
+    }
+};
+
+// A code page that turns the key into the two bytes 0x01 0x02: shows the key is taken from it.
+class OtherKeyCodePage final : public platform::AnsiCodePage {
+  public:
+    uint32_t Number() override { return 0; }
+    qm::wstring ToWide(std::span<const std::byte>) override { return {}; }
+    std::string FromWide(qm::wstring_view) override { return "\x01\x02"; }
+};
+
+qm::wstring Chars(std::initializer_list<char16_t> characters) {
+    return qm::wstring(characters);
+}
+
+// Worked by hand from the rule, key "_Wexley_" = 5F 57 65 78 6C 65 79 5F:
+// 'A' = 41 00:  ~41 = BE, ^5F = E1, swap -> 1E;  ~00 = FF, ^57 = A8, swap -> 8A
+// 'b' = 62 00:  ~62 = 9D, ^65 = F8, swap -> 8F;  FF ^78 = 87, swap -> 78
+// 'c' = 63 00:  ~63 = 9C, ^6C = F0, swap -> 0F;  FF ^65 = 9A, swap -> A9
+// 'd' = 64 00:  ~64 = 9B, ^79 = E2, swap -> 2E;  FF ^5F = A0, swap -> 0A
+// The fifth character starts the key again, so 'A' gives 1E 8A once more.
+TEST(PasswordScrambling, KnownVectorWorkedByHand) {
+    AsciiCodePage ansi;
+    const qm::wstring scrambled =
+        Chars({0x1E, 0x8A, 0x8F, 0x78, 0x0F, 0xA9, 0x2E, 0x0A, 0x1E, 0x8A});
+    EXPECT_EQ(ScramblePassword(u"AbcdA", ansi), scrambled);
+    EXPECT_EQ(DescramblePassword(scrambled, ansi), u"AbcdA");
+}
+
+TEST(PasswordScrambling, KeyBytesComeFromTheCodePage) {
+    // With key 01 02: ~41 ^ 01 = BF -> FB;  ~00 ^ 02 = FD -> DF.
+    OtherKeyCodePage ansi;
+    EXPECT_EQ(ScramblePassword(u"A", ansi), Chars({0xFB, 0xDF}));
+    EXPECT_EQ(DescramblePassword(Chars({0xFB, 0xDF}), ansi), u"A");
+}
+
+TEST(PasswordScrambling, RoundTrips) {
+    AsciiCodePage ansi;
+    const qm::wstring plaintexts[] = {
+        u"",
+        u"P@ssw0rd!",
+        u"Geheimnis mit Leerzeichen",
+        u"Ünïcødé-ß",
+        u"日本語のパスワード",
+        u"\xD83D\xDE00 surrogate pair",
+        u"\x00FF\x0100\xFFFF",
+    };
+    for (const qm::wstring& plaintext : plaintexts) {
+        const qm::wstring scrambled = ScramblePassword(plaintext, ansi);
+        EXPECT_EQ(scrambled.size(), plaintext.size() * 2) << qm::to_utf8(plaintext);
+        for (const char16_t c : scrambled) {
+            EXPECT_LE(c, 0xFF);
+        }
+        EXPECT_EQ(DescramblePassword(scrambled, ansi), plaintext) << qm::to_utf8(plaintext);
+    }
+}
+
+TEST(PasswordScrambling, DescramblingReadsOnlyTheLowByteOfEachCharacter) {
+    AsciiCodePage ansi;
+    qm::wstring scrambled = ScramblePassword(u"secret", ansi);
+    for (char16_t& c : scrambled) {
+        c = static_cast<char16_t>(c | 0x4200);
+    }
+    EXPECT_EQ(DescramblePassword(scrambled, ansi), u"secret");
+}
+
+TEST(PasswordScrambling, DescramblingStopsAtTheFirstZeroCharacter) {
+    AsciiCodePage ansi;
+    const qm::wstring withZero(u"ab\0cd", 5);
+    EXPECT_EQ(DescramblePassword(ScramblePassword(withZero, ansi), ansi), u"ab");
+}
+
+TEST(PasswordScrambling, OddTrailingByteIsIgnored) {
+    AsciiCodePage ansi;
+    EXPECT_EQ(DescramblePassword(ScramblePassword(u"ab", ansi) + u'\x41', ansi), u"ab");
+    EXPECT_EQ(DescramblePassword(u"\x1E", ansi), u"");
+}
+
+// The high byte 00 of an ASCII first character scrambles to 8A, which Windows-1252 has no
+// character for: written as the byte 8A it comes back as U+0160, a different low byte.
+TEST(PasswordScrambling, AsciiPasswordDoesNotSurviveAWindows1252File) {
+    testing::Windows1252TestCodePage ansi;
+    const qm::wstring scrambled = ScramblePassword(u"A", ansi);
+    ASSERT_EQ(scrambled, Chars({0x1E, 0x8A}));
+    EXPECT_FALSE(testing::Windows1252TestCodePage::Encode(0x8A).has_value());
+    const qm::wstring readBack = {scrambled[0],
+                                  testing::Windows1252TestCodePage::Decode(std::byte{0x8A})};
+    EXPECT_NE(DescramblePassword(readBack, ansi), u"A");
+}
+
+TEST(PasswordScrambling, GeneratedProjectPasswordSurvivesAWindows1252File) {
+    testing::Windows1252TestCodePage ansi;
+    const qm::wstring scrambled = ScramblePassword(testing::kGeneratedPassword, ansi);
+    qm::wstring readBack;
+    for (const char16_t c : scrambled) {
+        const auto byte = testing::Windows1252TestCodePage::Encode(c);
+        ASSERT_TRUE(byte.has_value() && *byte != std::byte{0}) << int{c};
+        readBack += testing::Windows1252TestCodePage::Decode(*byte);
+    }
+    EXPECT_EQ(DescramblePassword(readBack, ansi), testing::kGeneratedPassword);
+}
+
+// "Pass" scrambles to ... 5F 0A: the final line feed is trimmed off the line, and the odd byte
+// left over is dropped, so the last character is lost whatever the file's encoding.
+TEST(PasswordScrambling, ScrambledTrailingLineFeedIsTrimmedByTheLineGrammar) {
+    AsciiCodePage ansi;
+    const qm::wstring scrambled = ScramblePassword(u"Pass", ansi);
+    ASSERT_EQ(scrambled.back(), u'\n');
+    const SettingsFile file = SettingsFile::ParseText(u"[S]\r\nPw=" + scrambled + u"\r\n");
+    EXPECT_EQ(DescramblePassword(file.Find(u"S", u"Pw").value(), ansi), u"Pas");
+}
+
+}  // namespace
+}  // namespace webrig::settings
