@@ -120,7 +120,13 @@ void emit_integer(wstring& out, const directive& s, const format_arg& arg) {
             const uint64_t magnitude =
                 value < 0 ? uint64_t{0} - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
             digits = digits_of(magnitude, 10, false);
-            sign = value < 0 ? u"-" : (s.plus ? u"+" : (s.space ? u" " : u""));
+            if (value < 0) {
+                sign.push_back(u'-');
+            } else if (s.plus) {
+                sign.push_back(u'+');
+            } else if (s.space) {
+                sign.push_back(u' ');
+            }
             break;
         }
         case u'u':
@@ -133,7 +139,8 @@ void emit_integer(wstring& out, const directive& s, const format_arg& arg) {
             const bool upper = s.conversion == u'X';
             digits = digits_of(arg.as_unsigned(), 16, upper);
             if (s.alternate && arg.as_unsigned() != 0) {
-                prefix = upper ? u"0X" : u"0x";
+                prefix.push_back(u'0');
+                prefix.push_back(upper ? u'X' : u'x');
             }
             break;
         }
@@ -147,13 +154,14 @@ void emit_integer(wstring& out, const directive& s, const format_arg& arg) {
     }
     // '#' with 'o' asks for a leading zero, added only when the precision did not give one.
     if (s.conversion == u'o' && s.alternate && (digits.empty() || digits.front() != u'0')) {
-        prefix = u"0";
+        prefix.assign(1, u'0');
     }
     const size_t length = sign.size() + prefix.size() + digits.size();
     if (s.zero && !s.left && !s.has_precision && s.width > length) {
         digits.insert(0, s.width - length, u'0');
     }
-    emit_padded(out, s, sign + prefix + digits);
+    sign.append(prefix).append(digits);
+    emit_padded(out, s, sign);
 }
 
 void emit_text(wstring& out, const directive& s, wstring_view text) {
