@@ -34,9 +34,12 @@ qm::wstring DescramblePassword(qm::wstring_view fileText, platform::AnsiCodePage
     const std::string key = KeyBytes(ansi);
     qm::wstring plaintext;
     plaintext.reserve(fileText.size() / 2);
-    for (size_t i = 0; i + 1 < fileText.size(); i += 2) {
+    for (size_t i = 0; i < fileText.size(); i += 2) {
         const uint8_t low = Descramble(static_cast<uint8_t>(fileText[i]), KeyByte(key, i));
-        const uint8_t high = Descramble(static_cast<uint8_t>(fileText[i + 1]), KeyByte(key, i + 1));
+        // A last byte without its partner is read with the zero that ends the byte buffer.
+        const uint8_t high = i + 1 < fileText.size()
+                                 ? Descramble(static_cast<uint8_t>(fileText[i + 1]), KeyByte(key, i + 1))
+                                 : uint8_t{0};
         const auto character = static_cast<char16_t>(low | high << 8);
         if (character == u'\0') {
             break;

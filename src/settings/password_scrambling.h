@@ -16,7 +16,7 @@
 namespace webrig::settings {
 
 // Each character's low 8 bits is one scrambled byte; the descrambled bytes are read as UTF-16LE
-// up to the first zero character, and an odd trailing byte is ignored.
+// up to the first zero character; an odd last byte makes a character with a zero high byte.
 qm::wstring DescramblePassword(qm::wstring_view fileText, platform::AnsiCodePage& ansi);
 
 // The inverse: one character U+0000..U+00FF per scrambled byte, two per plaintext character.

@@ -99,10 +99,14 @@ TEST(PasswordScrambling, DescramblingStopsAtTheFirstZeroCharacter) {
     EXPECT_EQ(DescramblePassword(ScramblePassword(withZero, ansi), ansi), u"ab");
 }
 
-TEST(PasswordScrambling, OddTrailingByteIsIgnored) {
+TEST(PasswordScrambling, AnOddLastByteIsACharacterWithAZeroHighByte) {
     AsciiCodePage ansi;
-    EXPECT_EQ(DescramblePassword(ScramblePassword(u"ab", ansi) + u'\x41', ansi), u"ab");
-    EXPECT_EQ(DescramblePassword(u"\x1E", ansi), u"");
+    // "A" scrambles to 1E 8A; its first byte alone still gives "A".
+    EXPECT_EQ(DescramblePassword(u"\x1E", ansi), u"A");
+    const qm::wstring ab = ScramblePassword(u"ab", ansi);
+    EXPECT_EQ(DescramblePassword(ab + ScramblePassword(u"cd", ansi).substr(0, 1), ansi).size(), 3u);
+    // The usual default of a password key, "0", is one character no one chose.
+    EXPECT_EQ(DescramblePassword(u"0", ansi), u"\u00A3");
 }
 
 // The high byte 00 of an ASCII first character scrambles to 8A, which Windows-1252 has no
@@ -129,14 +133,15 @@ TEST(PasswordScrambling, GeneratedProjectPasswordSurvivesAWindows1252File) {
     EXPECT_EQ(DescramblePassword(readBack, ansi), testing::kGeneratedPassword);
 }
 
-// "Pass" scrambles to ... 5F 0A: the final line feed is trimmed off the line, and the odd byte
-// left over is dropped, so the last character is lost whatever the file's encoding.
+// "Pass" scrambles to ... 5F 0A: the final line feed (the scrambled zero high byte of the last
+// character) is trimmed off the line; the byte left over still reads as "s".
 TEST(PasswordScrambling, ScrambledTrailingLineFeedIsTrimmedByTheLineGrammar) {
     AsciiCodePage ansi;
     const qm::wstring scrambled = ScramblePassword(u"Pass", ansi);
     ASSERT_EQ(scrambled.back(), u'\n');
     const SettingsFile file = SettingsFile::ParseText(u"[S]\r\nPw=" + scrambled + u"\r\n");
-    EXPECT_EQ(DescramblePassword(file.Find(u"S", u"Pw").value(), ansi), u"Pas");
+    EXPECT_EQ(file.Find(u"S", u"Pw").value().size(), scrambled.size() - 1);
+    EXPECT_EQ(DescramblePassword(file.Find(u"S", u"Pw").value(), ansi), u"Pass");
 }
 
 }  // namespace
