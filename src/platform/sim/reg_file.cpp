@@ -71,6 +71,9 @@ public:
             if (TrimRight(content).empty() || content.front() == u';') {
                 continue;
             }
+            if (content.find(u'\r') != qm::wstring_view::npos) {
+                Fail(LineNumber(), "a carriage return inside a line");
+            }
             if (content.front() == u'[') {
                 const size_t start = m_lines[m_index].start;
                 m_blocks.push_back(
@@ -205,6 +208,9 @@ private:
                     Fail(LineNumber(), "the value continues past the end of the file");
                 }
                 ++m_index;
+                if (Content(m_index).find(u'\r') != qm::wstring_view::npos) {
+                    Fail(LineNumber(), "a carriage return inside a line");
+                }
                 joined.Append(TrimRight(TrimLeft(Content(m_index))), LineNumber());
             }
         }
@@ -320,6 +326,42 @@ size_t NewBlockPosition(const std::vector<RegFile::Block>& blocks, const Registr
     return blocks.size();
 }
 
+// The names a block's key line spells below HKEY_LOCAL_MACHINE.
+std::vector<qm::wstring_view> SpelledNames(qm::wstring_view blockText) {
+    qm::wstring_view line = TrimLeft(blockText.substr(0, blockText.find(u'\n')));
+    line = TrimRight(line);
+    std::vector<qm::wstring_view> names;
+    if (line.size() < 2 || line.front() != u'[' || line.back() != u']') {
+        return names;
+    }
+    qm::wstring_view path = line.substr(1, line.size() - 2);
+    for (size_t slash = path.find(u'\\'); slash != qm::wstring_view::npos;
+         slash = path.find(u'\\')) {
+        path.remove_prefix(slash + 1);
+        names.push_back(path.substr(0, path.find(u'\\')));
+    }
+    return names;
+}
+
+// Marks the keys `block` mentions first; false when it spells one of them otherwise than the
+// tree names it.
+bool SpellsFirstMentionsAsTree(const RegFile::Block& block,
+                               std::unordered_set<const RegistryKey*>& spelled) {
+    std::vector<const RegistryKey*> chain;
+    for (const RegistryKey* key = block.key.get(); key->Parent() != nullptr; key = key->Parent()) {
+        chain.push_back(key);
+    }
+    const std::vector<qm::wstring_view> names = SpelledNames(block.text);
+    bool same = names.size() == chain.size();
+    for (size_t i = 0; i < chain.size(); ++i) {
+        const RegistryKey* key = chain[chain.size() - 1 - i];
+        if (spelled.insert(key).second && same && names[i] != key->Name()) {
+            same = false;
+        }
+    }
+    return same;
+}
+
 }  // namespace
 
 std::optional<RegFile::Rendering> RegFile::Render() const {
@@ -379,10 +421,26 @@ std::optional<RegFile::Rendering> RegFile::Render() const {
         }
         const size_t position = NewBlockPosition(out, *key);
         qm::wstring& before = out[position - 1].text;
-        if (!before.empty() && before.back() != u'\n') {
+        if (!before.empty() && before.back() == u'\r') {
+            before += u'\n';  // the file ended between CR and LF
+        } else if (!before.empty() && before.back() != u'\n') {
             before += m_lineEnding;
         }
         out.insert(out.begin() + static_cast<long>(position), Block{key, std::move(*text)});
+    }
+    // Reading the file back names each key as the first block that mentions it spells it. A
+    // kept block whose spelling differs from the tree's (its first mention was dropped) is
+    // written afresh.
+    std::unordered_set<const RegistryKey*> spelled;
+    for (Block& block : out) {
+        if (!block.key || SpellsFirstMentionsAsTree(block, spelled)) {
+            continue;
+        }
+        std::optional<qm::wstring> fresh = RenderKeyBlock(*block.key, m_lineEnding, utf8);
+        if (!fresh) {
+            return std::nullopt;
+        }
+        block.text = std::move(*fresh);
     }
     qm::wstring text;
     for (const Block& block : out) {

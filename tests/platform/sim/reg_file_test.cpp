@@ -169,6 +169,19 @@ TEST(RegFile, DeletedKeysLoseTheirBlockAndImpliedParentsGetOne) {
     EXPECT_TRUE(SameTree(reread.Root(), file.Root()));
 }
 
+TEST(RegFile, KeepsTheSpellingOfAKeyWhoseFirstMentionIsDropped) {
+    RegFile file = RegFile::Parse(
+        Bytes("Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\A]\n\n"
+              "[HKEY_LOCAL_MACHINE\\software\\B]\n\n"),
+        "HKLM.reg");
+    KeyAt(file.Root(), {u"SOFTWARE"}).RemoveSubKey(u"A");
+    const std::string text = Utf8(file.Render()->bytes);
+    EXPECT_EQ(text,
+              "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\B]\n\n");
+    const RegFile reread = RegFile::Parse(Bytes(text), "HKLM.reg");
+    EXPECT_EQ(reread.Root().SubKeys().begin()->second->Name(), u"SOFTWARE");
+}
+
 TEST(RegFile, DeletionLinesAreAppliedOnLoadAndDroppedOnTheNextSave) {
     RegFile file = RegFile::Parse(
         Bytes("Windows Registry Editor Version 5.00\n"
@@ -236,6 +249,16 @@ TEST(RegFile, ABlockWithoutFinalLineBreakIsEndedBeforeANewKey) {
     EXPECT_EQ(Utf8(file.Render()->bytes),
               "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\SOFTWARE]\n"
               "[HKEY_LOCAL_MACHINE\\SOFTWARE\\X]\n\n");
+}
+
+TEST(RegFile, AFileEndingBetweenCrAndLfGetsItsLf) {
+    RegFile file = RegFile::Parse(
+        Bytes("Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE]\r"),
+        "HKLM.reg");
+    KeyAt(file.Root(), {u"SOFTWARE"}).AddSubKey(u"X");
+    EXPECT_EQ(Utf8(file.Render()->bytes),
+              "Windows Registry Editor Version 5.00\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE]\r\n"
+              "[HKEY_LOCAL_MACHINE\\SOFTWARE\\X]\r\n\r\n");
 }
 
 TEST(RegFile, NamesTheFileCannotHoldMakeRenderingFail) {
@@ -310,7 +333,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadFile{HDR "[HKEY_LOCAL_MACHINE\\SOFTWARE]\r\n\"b\"=hex:01,\\\r\n", 4,
                 "past the end of the file"},
         BadFile{HDR "[HKEY_LOCAL_MACHINE\\SOFTWARE]\r\n\"b\"=text\r\n", 4, "unknown value syntax"},
-        BadFile{HDR "[HKEY_LOCAL_MACHINE\\SOFTWARE]\r\nstray words\r\n", 4, "unexpected text"}));
+        BadFile{HDR "[HKEY_LOCAL_MACHINE\\SOFTWARE]\r\nstray words\r\n", 4, "unexpected text"},
+        BadFile{HDR "[HKEY_LOCAL_MACHINE\\SOFT\rWARE]\r\n", 3, "carriage return"}));
 #undef HDR
 
 TEST(RegFile, KeyNamesLongerThan255CharactersAreRefused) {
