@@ -27,8 +27,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     try {
         const auto config = webrig::sim::ParseMachineConfig(text, "machine.json");
-        const auto again = webrig::sim::ParseMachineConfig(
-            webrig::sim::FormatMachineConfig(config), "machine.json");
+        const auto again = webrig::sim::ParseMachineConfig(webrig::sim::FormatMachineConfig(config),
+                                                           "machine.json");
         Check(again.osVersion.major == config.osVersion.major &&
               again.osVersion.minor == config.osVersion.minor &&
               again.osVersion.build == config.osVersion.build &&

@@ -7,7 +7,7 @@
 namespace webrig::testing {
 
 class TempFolder {
-public:
+  public:
     TempFolder();
     ~TempFolder();
     TempFolder(const TempFolder&) = delete;
@@ -15,7 +15,7 @@ public:
 
     const std::filesystem::path& path() const noexcept { return m_path; }
 
-private:
+  private:
     std::filesystem::path m_path;
 };
 

@@ -9,7 +9,7 @@
 namespace webrig::testing {
 
 class TempMachine {
-public:
+  public:
     explicit TempMachine(const sim::MachineConfig& config = {});
 
     // The machine folder (machine.json, registry/, drive_c/).
@@ -18,7 +18,7 @@ public:
     // Opens the folder again, as another process would; the machine held before is closed.
     sim::Machine& Reopen();
 
-private:
+  private:
     TempFolder m_folder;
     std::unique_ptr<sim::Machine> m_machine;
 };

@@ -12,7 +12,7 @@ namespace webrig::sim {
 namespace {
 
 class FileDescriptor {
-public:
+  public:
     explicit FileDescriptor(int fd) noexcept : m_fd(fd) {}
     ~FileDescriptor() { Close(); }
     FileDescriptor(const FileDescriptor&) = delete;
@@ -25,7 +25,7 @@ public:
         return fd < 0 || ::close(fd) == 0;
     }
 
-private:
+  private:
     int m_fd;
 };
 
@@ -47,9 +47,9 @@ bool WriteAll(int fd, std::span<const std::byte> bytes) {
 // Unique among the threads and processes that may save the same machine.
 std::filesystem::path TemporaryPathFor(const std::filesystem::path& path) {
     static std::atomic<unsigned> counter{0};
-    return path.parent_path() / ("." + path.filename().string() + ".tmp-" +
-                                 std::to_string(::getpid()) + "-" +
-                                 std::to_string(counter.fetch_add(1)));
+    return path.parent_path() /
+           ("." + path.filename().string() + ".tmp-" + std::to_string(::getpid()) + "-" +
+            std::to_string(counter.fetch_add(1)));
 }
 
 // The new file keeps the permissions of the one it replaces.

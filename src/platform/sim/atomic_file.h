@@ -14,7 +14,6 @@ namespace webrig::sim {
 bool WriteFileAtomically(const std::filesystem::path& path, std::span<const std::byte> bytes);
 
 // How the machine stores a file; tests substitute one that fails.
-using FileWriter =
-    std::function<bool(const std::filesystem::path&, std::span<const std::byte>)>;
+using FileWriter = std::function<bool(const std::filesystem::path&, std::span<const std::byte>)>;
 
 }  // namespace webrig::sim

@@ -10,7 +10,7 @@ namespace webrig::sim {
 namespace {
 
 class Parser {
-public:
+  public:
     explicit Parser(std::string_view text) : m_text(text) {}
 
     JsonValue ParseDocument() {
@@ -26,7 +26,7 @@ public:
         return value;
     }
 
-private:
+  private:
     [[noreturn]] void Fail(const std::string& message) const { throw JsonError(m_line, message); }
 
     bool AtEnd() const { return m_pos >= m_text.size(); }
@@ -55,9 +55,15 @@ private:
         const int line = m_line;
         JsonValue value;
         switch (Peek()) {
-            case '{': value = ParseObject(depth + 1); break;
-            case '[': value = ParseArray(depth + 1); break;
-            case '"': value = JsonValue::String(ParseString()); break;
+            case '{':
+                value = ParseObject(depth + 1);
+                break;
+            case '[':
+                value = ParseArray(depth + 1);
+                break;
+            case '"':
+                value = JsonValue::String(ParseString());
+                break;
             case 't':
                 Expect("true");
                 value = JsonValue::Bool(true);
@@ -66,7 +72,9 @@ private:
                 Expect("false");
                 value = JsonValue::Bool(false);
                 break;
-            case 'n': Expect("null"); break;
+            case 'n':
+                Expect("null");
+                break;
             case '\0':
                 if (AtEnd()) {
                     Fail("the text ends where a value was expected");
@@ -224,16 +232,35 @@ private:
                 Fail("the text ends inside a string");
             }
             switch (m_text[m_pos++]) {
-                case '"': out += '"'; break;
-                case '\\': out += '\\'; break;
-                case '/': out += '/'; break;
-                case 'b': out += '\b'; break;
-                case 'f': out += '\f'; break;
-                case 'n': out += '\n'; break;
-                case 'r': out += '\r'; break;
-                case 't': out += '\t'; break;
-                case 'u': AppendEscapedCodePoint(out); break;
-                default: Fail("unknown escape in a string");
+                case '"':
+                    out += '"';
+                    break;
+                case '\\':
+                    out += '\\';
+                    break;
+                case '/':
+                    out += '/';
+                    break;
+                case 'b':
+                    out += '\b';
+                    break;
+                case 'f':
+                    out += '\f';
+                    break;
+                case 'n':
+                    out += '\n';
+                    break;
+                case 'r':
+                    out += '\r';
+                    break;
+                case 't':
+                    out += '\t';
+                    break;
+                case 'u':
+                    AppendEscapedCodePoint(out);
+                    break;
+                default:
+                    Fail("unknown escape in a string");
             }
         }
     }
@@ -304,11 +331,21 @@ void WriteString(std::string& out, std::string_view text) {
     out += '"';
     for (const char c : text) {
         switch (c) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\r': out += "\\r"; break;
-            case '\t': out += "\\t"; break;
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
             default:
                 if (static_cast<unsigned char>(c) < 0x20) {
                     out += "\\u00";
@@ -332,10 +369,18 @@ void WriteValue(std::string& out, const JsonValue& value, int indent) {
     const std::string inner(static_cast<size_t>(indent + 2), ' ');
     const std::string outer(static_cast<size_t>(indent), ' ');
     switch (value.kind()) {
-        case JsonValue::Kind::null: out += "null"; break;
-        case JsonValue::Kind::boolean: out += value.AsBool() ? "true" : "false"; break;
-        case JsonValue::Kind::number: WriteNumber(out, value.AsNumber()); break;
-        case JsonValue::Kind::string: WriteString(out, value.AsString()); break;
+        case JsonValue::Kind::null:
+            out += "null";
+            break;
+        case JsonValue::Kind::boolean:
+            out += value.AsBool() ? "true" : "false";
+            break;
+        case JsonValue::Kind::number:
+            WriteNumber(out, value.AsNumber());
+            break;
+        case JsonValue::Kind::string:
+            WriteString(out, value.AsString());
+            break;
         case JsonValue::Kind::array: {
             if (value.AsArray().empty()) {
                 out += "[]";
@@ -431,24 +476,36 @@ bool JsonValue::operator==(const JsonValue& other) const {
         return false;
     }
     switch (m_kind) {
-        case Kind::null: return true;
-        case Kind::boolean: return m_bool == other.m_bool;
-        case Kind::number: return m_number == other.m_number;
-        case Kind::string: return m_string == other.m_string;
-        case Kind::array: return m_items == other.m_items;
-        case Kind::object: return m_members == other.m_members;
+        case Kind::null:
+            return true;
+        case Kind::boolean:
+            return m_bool == other.m_bool;
+        case Kind::number:
+            return m_number == other.m_number;
+        case Kind::string:
+            return m_string == other.m_string;
+        case Kind::array:
+            return m_items == other.m_items;
+        case Kind::object:
+            return m_members == other.m_members;
     }
     return false;
 }
 
 const char* DescribeKind(JsonValue::Kind kind) noexcept {
     switch (kind) {
-        case JsonValue::Kind::null: return "null";
-        case JsonValue::Kind::boolean: return "a boolean";
-        case JsonValue::Kind::number: return "a number";
-        case JsonValue::Kind::string: return "a string";
-        case JsonValue::Kind::array: return "an array";
-        case JsonValue::Kind::object: return "an object";
+        case JsonValue::Kind::null:
+            return "null";
+        case JsonValue::Kind::boolean:
+            return "a boolean";
+        case JsonValue::Kind::number:
+            return "a number";
+        case JsonValue::Kind::string:
+            return "a string";
+        case JsonValue::Kind::array:
+            return "an array";
+        case JsonValue::Kind::object:
+            return "an object";
     }
     return "a value";
 }

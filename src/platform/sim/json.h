@@ -12,7 +12,7 @@ namespace webrig::sim {
 struct JsonMember;
 
 class JsonValue {
-public:
+  public:
     enum class Kind { null, boolean, number, string, array, object };
 
     JsonValue() = default;
@@ -40,7 +40,7 @@ public:
 
     bool operator==(const JsonValue& other) const;
 
-private:
+  private:
     Kind m_kind = Kind::null;
     int m_line = 0;
     bool m_bool = false;
@@ -64,11 +64,11 @@ struct JsonMember {
 const char* DescribeKind(JsonValue::Kind kind) noexcept;
 
 class JsonError : public std::runtime_error {
-public:
+  public:
     JsonError(int line, const std::string& message) : std::runtime_error(message), m_line(line) {}
     int line() const noexcept { return m_line; }
 
-private:
+  private:
     int m_line;
 };
 

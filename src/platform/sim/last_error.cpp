@@ -10,8 +10,12 @@ thread_local uint32_t t_lastError = 0;
 
 }  // namespace
 
-uint32_t get_last_error() noexcept { return t_lastError; }
+uint32_t get_last_error() noexcept {
+    return t_lastError;
+}
 
-void set_last_error(uint32_t error) noexcept { t_lastError = error; }
+void set_last_error(uint32_t error) noexcept {
+    t_lastError = error;
+}
 
 }  // namespace qm

@@ -25,7 +25,7 @@
 namespace webrig::sim {
 
 class Machine final : public platform::Platform {
-public:
+  public:
     // Throws MachineError when the folder is missing or a file of it is missing or malformed.
     static std::unique_ptr<Machine> Open(const std::filesystem::path& folder);
     // Makes a fresh machine in `folder` (created when missing). Throws MachineError when a
@@ -50,7 +50,7 @@ public:
     platform::Automation& automation() override { return m_automation; }
     platform::HostObjects& hostObjects() override { return m_hostObjects; }
 
-private:
+  private:
     Machine(std::filesystem::path folder, MachineConfig config, RegFile localMachine);
 
     std::filesystem::path m_folder;

@@ -27,7 +27,7 @@ constexpr KnownArchitecture kArchitectures[] = {
 constexpr uint32_t kSupportedCodePages[] = {1252};
 
 class ConfigReader {
-public:
+  public:
     explicit ConfigReader(const std::filesystem::path& file) : m_file(file) {}
 
     [[noreturn]] void Fail(int line, const std::string& message) const {
@@ -64,9 +64,10 @@ public:
             start = dot + 1;
         }
         if (parts.size() != 2 && parts.size() != 3) {
-            Fail(member.value.line(), "\"osVersion\" must look like \"10.0.17763\" "
-                                      "(major.minor or major.minor.build), not \"" +
-                                          text + "\"");
+            Fail(member.value.line(),
+                 "\"osVersion\" must look like \"10.0.17763\" "
+                 "(major.minor or major.minor.build), not \"" +
+                     text + "\"");
         }
         return {parts[0], parts[1], parts.size() == 3 ? parts[2] : 0};
     }
@@ -106,14 +107,15 @@ public:
             path.pop_back();
         }
         if (!IsFolderOnDriveC(path)) {
-            Fail(member.value.line(), "\"windowsDirectory\" must be a folder on drive C, such as "
-                                      "\"C:\\\\Windows\", not \"" +
-                                          member.value.AsString() + "\"");
+            Fail(member.value.line(),
+                 "\"windowsDirectory\" must be a folder on drive C, such as "
+                 "\"C:\\\\Windows\", not \"" +
+                     member.value.AsString() + "\"");
         }
         return path;
     }
 
-private:
+  private:
     static bool IsFolderOnDriveC(qm::wstring_view path) {
         if (path.size() < 4 || (path[0] != u'C' && path[0] != u'c') || path[1] != u':' ||
             path[2] != u'\\') {
@@ -197,10 +199,10 @@ MachineConfig ParseMachineConfig(std::string_view json, const std::filesystem::p
 std::string FormatMachineConfig(const MachineConfig& config) {
     const auto& version = config.osVersion;
     std::vector<JsonMember> members;
-    members.push_back({"osVersion", 0,
-                       JsonValue::String(std::to_string(version.major) + "." +
-                                         std::to_string(version.minor) + "." +
-                                         std::to_string(version.build))});
+    members.push_back(
+        {"osVersion", 0,
+         JsonValue::String(std::to_string(version.major) + "." + std::to_string(version.minor) +
+                           "." + std::to_string(version.build))});
     members.push_back(
         {"processorArchitecture", 0, JsonValue::String(ArchitectureName(config.architecture))});
     members.push_back({"ansiCodePage", 0, JsonValue::Number(config.ansiCodePage)});

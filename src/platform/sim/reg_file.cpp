@@ -15,7 +15,9 @@ constexpr qm::wstring_view kOldHeader = u"REGEDIT4";
 constexpr qm::wstring_view kRootName = u"HKEY_LOCAL_MACHINE";
 constexpr size_t kMaxValueNameLength = 16383;
 
-bool IsBlank(char16_t c) { return c == u' ' || c == u'\t'; }
+bool IsBlank(char16_t c) {
+    return c == u' ' || c == u'\t';
+}
 
 qm::wstring_view TrimLeft(qm::wstring_view text) {
     while (!text.empty() && IsBlank(text.front())) {
@@ -32,9 +34,9 @@ qm::wstring_view TrimRight(qm::wstring_view text) {
 }
 
 struct PhysicalLine {
-    size_t start;    // first character
-    size_t end;      // the line break (or the end of the text)
-    size_t next;     // first character of the next line
+    size_t start;  // first character
+    size_t end;    // the line break (or the end of the text)
+    size_t next;   // first character of the next line
 };
 
 std::vector<PhysicalLine> SplitLines(qm::wstring_view text) {
@@ -57,7 +59,7 @@ bool HasLineBreak(qm::wstring_view text) {
 }
 
 class Reader {
-public:
+  public:
     Reader(qm::wstring_view text, const std::filesystem::path& file,
            const std::shared_ptr<RegistryKey>& root, std::vector<RegFile::Block>& blocks)
         : m_text(text), m_file(file), m_root(root), m_blocks(blocks), m_lines(SplitLines(text)) {}
@@ -76,8 +78,8 @@ public:
             }
             if (content.front() == u'[') {
                 const size_t start = m_lines[m_index].start;
-                m_blocks.push_back(
-                    {std::move(blockKey), qm::wstring(m_text.substr(blockStart, start - blockStart))});
+                m_blocks.push_back({std::move(blockKey),
+                                    qm::wstring(m_text.substr(blockStart, start - blockStart))});
                 blockStart = start;
                 blockKey = ReadKeyLine(TrimRight(content));
                 continue;
@@ -91,7 +93,7 @@ public:
         m_blocks.push_back({std::move(blockKey), qm::wstring(m_text.substr(blockStart))});
     }
 
-private:
+  private:
     [[noreturn]] void Fail(int line, const std::string& message) const {
         throw MachineError(m_file, line, message);
     }
@@ -109,16 +111,18 @@ private:
 
     void ReadHeader() {
         if (m_lines.empty()) {
-            Fail(1, "the file is empty; a .reg file starts with \"Windows Registry Editor "
-                    "Version 5.00\"");
+            Fail(1,
+                 "the file is empty; a .reg file starts with \"Windows Registry Editor "
+                 "Version 5.00\"");
         }
         const qm::wstring_view header = TrimRight(Content(0));
         if (header == kHeader) {
             return;
         }
         if (qm::iequals(header, kOldHeader)) {
-            Fail(1, "REGEDIT4 files are not supported; export the registry as \"Windows "
-                    "Registry Editor Version 5.00\"");
+            Fail(1,
+                 "REGEDIT4 files are not supported; export the registry as \"Windows "
+                 "Registry Editor Version 5.00\"");
         }
         Fail(1, "not a .reg file: the first line must be \"Windows Registry Editor Version 5.00\"");
     }
@@ -271,8 +275,7 @@ RegFile RegFile::New() {
 namespace {
 
 // The block regedit would export for `key`; nullopt when a name holds a line break.
-std::optional<qm::wstring> RenderKeyBlock(const RegistryKey& key, qm::wstring_view eol,
-                                          bool utf8) {
+std::optional<qm::wstring> RenderKeyBlock(const RegistryKey& key, qm::wstring_view eol, bool utf8) {
     const qm::wstring path = key.Path();
     if (HasLineBreak(path)) {
         return std::nullopt;
@@ -403,7 +406,8 @@ std::optional<RegFile::Rendering> RegFile::Render() const {
         const bool isRoot = key == m_root.get();
         if (placed.contains(key)) {
             implied.insert(key);
-        } else if (!key->Values().empty() || (!isRoot && (key->Edited() || !implied.contains(key)))) {
+        } else if (!key->Values().empty() ||
+                   (!isRoot && (key->Edited() || !implied.contains(key)))) {
             needBlock.insert(key);
             implied.insert(key);
         }

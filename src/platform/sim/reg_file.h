@@ -24,7 +24,7 @@ inline constexpr size_t kMaxKeyNameLength = 255;
 inline constexpr int kMaxKeyDepth = 512;
 
 class RegFile {
-public:
+  public:
     // One block of text and the key it describes (null for the header and for deletion lines).
     struct Block {
         std::shared_ptr<RegistryKey> key;
@@ -59,7 +59,7 @@ public:
     // The rendering has been stored as the file: it is the text later renderings keep.
     void Adopt(Rendering rendering);
 
-private:
+  private:
     RegFile();
 
     std::shared_ptr<RegistryKey> m_root;

@@ -12,7 +12,9 @@ namespace reg_type = platform::reg_type;
 constexpr size_t kHexWrapColumn = 77;
 constexpr qm::wstring_view kHexContinuationIndent = u"  ";
 
-bool IsBlank(char16_t c) { return c == u' ' || c == u'\t'; }
+bool IsBlank(char16_t c) {
+    return c == u' ' || c == u'\t';
+}
 
 int HexDigit(char16_t c) {
     if (c >= u'0' && c <= u'9') {
@@ -28,7 +30,7 @@ int HexDigit(char16_t c) {
 }
 
 class LineParser {
-public:
+  public:
     explicit LineParser(const JoinedLine& line) : m_line(line), m_text(line.text()) {}
 
     RegValueLine Parse() {
@@ -93,7 +95,7 @@ public:
         return false;
     }
 
-private:
+  private:
     [[noreturn]] void Fail(const std::string& message) const {
         throw RegSyntaxError(m_line.LineAt(m_pos), message);
     }
@@ -192,8 +194,8 @@ private:
                 }
                 Fail("each byte must be two hex digits");
             }
-            bytes.push_back(static_cast<std::byte>(HexDigit(m_text[start]) * 16 +
-                                                   HexDigit(m_text[start + 1])));
+            bytes.push_back(
+                static_cast<std::byte>(HexDigit(m_text[start]) * 16 + HexDigit(m_text[start + 1])));
             SkipBlanks();
             if (AtEnd()) {
                 return bytes;
@@ -231,8 +233,7 @@ bool WritableAsText(const RegValue& value, bool utf8) {
         return false;
     }
     const qm::wstring text = value.AsString();
-    if (text.size() * 2 + 2 != data.size() ||
-        text.find_first_of(u"\r\n") != qm::wstring::npos) {
+    if (text.size() * 2 + 2 != data.size() || text.find_first_of(u"\r\n") != qm::wstring::npos) {
         return false;
     }
     return !(utf8 && HasLoneSurrogate(text));
@@ -288,7 +289,9 @@ bool IsHexValueLine(qm::wstring_view line) {
     return parser.SkipToData() && parser.ConsumeWord(u"hex");
 }
 
-RegValueLine ParseValueLine(const JoinedLine& line) { return LineParser(line).Parse(); }
+RegValueLine ParseValueLine(const JoinedLine& line) {
+    return LineParser(line).Parse();
+}
 
 qm::wstring QuoteRegText(qm::wstring_view text) {
     qm::wstring out;

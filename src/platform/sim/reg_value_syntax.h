@@ -12,19 +12,19 @@
 namespace webrig::sim {
 
 class RegSyntaxError : public std::runtime_error {
-public:
+  public:
     RegSyntaxError(int line, const std::string& message)
         : std::runtime_error(message), m_line(line) {}
     int line() const noexcept { return m_line; }
 
-private:
+  private:
     int m_line;
 };
 
 // A value written over one or more lines, joined: the backslashes that continue a line and the
 // indentation of the next one are gone. Remembers where each line began, for error messages.
 class JoinedLine {
-public:
+  public:
     JoinedLine(qm::wstring_view text, int lineNumber) : m_text(text), m_starts{{0, lineNumber}} {}
     void Append(qm::wstring_view text, int lineNumber);
     // Removes a backslash that ends the text (with blanks before it): the value goes on.
@@ -33,13 +33,13 @@ public:
     const qm::wstring& text() const noexcept { return m_text; }
     int LineAt(size_t offset) const noexcept;
 
-private:
+  private:
     qm::wstring m_text;
     std::vector<std::pair<size_t, int>> m_starts;
 };
 
 struct RegValueLine {
-    qm::wstring name;  // empty for the default value (@)
+    qm::wstring name;     // empty for the default value (@)
     bool remove = false;  // "name"=- deletes the value
     platform::RegValue value;
 };

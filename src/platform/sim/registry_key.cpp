@@ -96,7 +96,9 @@ void RegistryKey::ReplaceValues(std::vector<NamedValue> values) {
     Touch();
 }
 
-uint64_t RegistryKey::Revision() const noexcept { return Root().m_revision; }
+uint64_t RegistryKey::Revision() const noexcept {
+    return Root().m_revision;
+}
 
 void RegistryKey::MarkDeleted(bool deleted) noexcept {
     // Iterative: a hostile file may nest keys deeply.
@@ -111,7 +113,9 @@ void RegistryKey::MarkDeleted(bool deleted) noexcept {
     }
 }
 
-void RegistryKey::Touch() noexcept { ++Root().m_revision; }
+void RegistryKey::Touch() noexcept {
+    ++Root().m_revision;
+}
 
 RegistryKey& RegistryKey::Root() noexcept {
     RegistryKey* key = this;

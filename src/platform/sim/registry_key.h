@@ -20,7 +20,7 @@ struct NamedValue {
 };
 
 class RegistryKey {
-public:
+  public:
     using SubKeyMap = std::map<qm::wstring, std::shared_ptr<RegistryKey>, qm::iless>;
 
     // A root key (no parent).
@@ -62,7 +62,7 @@ public:
     // Counts every change anywhere in the tree; kept by the root.
     uint64_t Revision() const noexcept;
 
-private:
+  private:
     void MarkDeleted(bool deleted) noexcept;
     void Touch() noexcept;
     RegistryKey& Root() noexcept;

@@ -10,7 +10,9 @@ namespace {
 // [uint32 byte length][characters][NUL]: the pointer handed out points at the characters.
 constexpr size_t kPrefixBytes = sizeof(uint32_t);
 
-void* DefaultAllocate(size_t bytes) { return std::malloc(bytes); }
+void* DefaultAllocate(size_t bytes) {
+    return std::malloc(bytes);
+}
 
 }  // namespace
 

@@ -9,7 +9,7 @@
 namespace webrig::sim {
 
 class SimAutomation final : public platform::Automation {
-public:
+  public:
     using Allocate = void* (*)(size_t);
 
     // `allocate` stands for malloc; tests pass one that fails.
@@ -19,7 +19,7 @@ public:
     void SysFreeString(platform::Bstr text) override;
     uint32_t SysStringLen(platform::Bstr text) override;
 
-private:
+  private:
     Allocate m_allocate;
 };
 

@@ -9,7 +9,7 @@
 namespace webrig::sim {
 
 class SimClock final : public platform::Clock {
-public:
+  public:
     // About 20 minutes after boot, like a machine an installer runs on shortly after start-up.
     static constexpr uint32_t kBootTickCount = 1'200'000;
 
@@ -18,7 +18,7 @@ public:
     uint32_t TickCount() override;
     void Sleep(uint32_t milliseconds) override;
 
-private:
+  private:
     std::atomic<uint32_t> m_ticks;
 };
 

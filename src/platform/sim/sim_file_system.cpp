@@ -19,7 +19,7 @@ uint32_t Fail(uint32_t error) {
 }
 
 class FileDescriptor {
-public:
+  public:
     explicit FileDescriptor(int fd) noexcept : m_fd(fd) {}
     ~FileDescriptor() {
         if (m_fd >= 0) {
@@ -30,7 +30,7 @@ public:
     FileDescriptor& operator=(const FileDescriptor&) = delete;
     int get() const noexcept { return m_fd; }
 
-private:
+  private:
     int m_fd;
 };
 

@@ -8,7 +8,7 @@
 namespace webrig::sim {
 
 class SimFileSystem final : public platform::FileSystem {
-public:
+  public:
     // `driveRoot` is the host folder that stands for C:\.
     explicit SimFileSystem(std::filesystem::path driveRoot) : m_driveRoot(std::move(driveRoot)) {}
 
@@ -17,7 +17,7 @@ public:
     uint32_t ReadWholeFile(qm::wstring_view path, uint64_t maxBytes,
                            std::vector<std::byte>& contents) override;
 
-private:
+  private:
     std::filesystem::path m_driveRoot;
 };
 

@@ -7,7 +7,7 @@
 namespace webrig::sim {
 
 class SimHostObjects final : public platform::HostObjects {
-public:
+  public:
     qm::hresult OperationSourceFrom(
         void* operations, std::shared_ptr<platform::IHostOperationSource>& source) override;
 };

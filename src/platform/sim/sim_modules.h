@@ -12,9 +12,10 @@
 namespace webrig::sim {
 
 class SimModules final : public platform::ModuleLookup {
-public:
+  public:
     // Where webrig's own module is until a host says otherwise.
-    static constexpr qm::wstring_view kDefaultOwnModulePath = u"C:\\ProgramData\\webrig\\webrig.dll";
+    static constexpr qm::wstring_view kDefaultOwnModulePath =
+        u"C:\\ProgramData\\webrig\\webrig.dll";
 
     SimModules();
 
@@ -34,7 +35,7 @@ public:
                                        std::string_view name) override;
     qm::wstring ModuleFileName(platform::ModuleHandle module) override;
 
-private:
+  private:
     struct Module {
         qm::wstring path;
         std::map<std::string, platform::ProcAddress, std::less<>> exports;

@@ -40,7 +40,9 @@ uint32_t GrantedAccess(uint32_t requested) {
     return granted;
 }
 
-bool Allows(uint32_t granted, uint32_t needed) { return (granted & needed) == needed; }
+bool Allows(uint32_t granted, uint32_t needed) {
+    return (granted & needed) == needed;
+}
 
 std::vector<qm::wstring> PathOf(const RegistryKey& key) {
     std::vector<qm::wstring> path;
@@ -204,8 +206,7 @@ uint32_t SimRegistry::CloseKey(RegKey key) {
     if (key == platform::kLocalMachine) {
         return success;  // closing a predefined key does nothing
     }
-    return m_handles.erase(static_cast<uintptr_t>(key)) == 1 ? success
-                                                              : qm::win32::invalid_handle;
+    return m_handles.erase(static_cast<uintptr_t>(key)) == 1 ? success : qm::win32::invalid_handle;
 }
 
 uint32_t SimRegistry::QueryValue(RegKey key, qm::wstring_view name, platform::RegValue& value) {
@@ -225,8 +226,7 @@ uint32_t SimRegistry::QueryValue(RegKey key, qm::wstring_view name, platform::Re
     return success;
 }
 
-uint32_t SimRegistry::SetValue(RegKey key, qm::wstring_view name,
-                               const platform::RegValue& value) {
+uint32_t SimRegistry::SetValue(RegKey key, qm::wstring_view name, const platform::RegValue& value) {
     const std::lock_guard lock(m_mutex);
     Handle handle;
     if (const uint32_t error = Lookup(key, handle); error != success) {

@@ -23,7 +23,7 @@
 namespace webrig::sim {
 
 class SimRegistry final : public platform::Registry {
-public:
+  public:
     // `is64BitMachine` turns WOW64 redirection on. `writer` stores the file at `path`.
     SimRegistry(RegFile file, std::filesystem::path path, bool is64BitMachine,
                 FileWriter writer = WriteFileAtomically);
@@ -47,7 +47,7 @@ public:
     // The tree as it is now (for tests and tools that inspect the machine).
     const RegistryKey& Root() const noexcept { return m_file.Root(); }
 
-private:
+  private:
     struct Handle {
         std::shared_ptr<RegistryKey> key;
         uint32_t access = 0;

@@ -7,7 +7,7 @@
 namespace webrig::sim {
 
 class SimSystemInfo final : public platform::SystemInfo {
-public:
+  public:
     explicit SimSystemInfo(const MachineConfig& config) : m_config(config) {}
 
     qm::wstring WindowsDirectory() override { return m_config.windowsDirectory; }
@@ -16,11 +16,9 @@ public:
     // The version as machine.json states it; the compatibility lie Windows tells processes
     // without a manifest is the machine author's to write there.
     platform::OsVersion Version() override { return m_config.osVersion; }
-    platform::ProcessorArchitecture NativeArchitecture() override {
-        return m_config.architecture;
-    }
+    platform::ProcessorArchitecture NativeArchitecture() override { return m_config.architecture; }
 
-private:
+  private:
     const MachineConfig& m_config;
 };
 

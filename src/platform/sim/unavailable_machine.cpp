@@ -8,7 +8,7 @@ namespace {
 using qm::win32::not_ready;
 
 class UnavailableRegistry final : public platform::Registry {
-public:
+  public:
     uint32_t OpenKey(platform::RegKey, qm::wstring_view, uint32_t,
                      platform::RegKey& result) override {
         result = platform::kNoKey;
@@ -35,7 +35,7 @@ public:
 };
 
 class UnavailableSystemInfo final : public platform::SystemInfo {
-public:
+  public:
     qm::wstring WindowsDirectory() override { return {}; }
     qm::wstring SystemDirectory() override { return {}; }
     platform::OsVersion Version() override { return {}; }
@@ -45,7 +45,7 @@ public:
 };
 
 class UnavailableFileSystem final : public platform::FileSystem {
-public:
+  public:
     bool PathExists(qm::wstring_view) override {
         qm::set_last_error(not_ready);
         return false;

@@ -16,7 +16,7 @@
 namespace webrig::sim {
 
 class UnavailableMachine final : public platform::Platform {
-public:
+  public:
     explicit UnavailableMachine(qm::wstring reason);
     ~UnavailableMachine() override;
 
@@ -33,7 +33,7 @@ public:
     platform::Automation& automation() override { return m_automation; }
     platform::HostObjects& hostObjects() override { return m_hostObjects; }
 
-private:
+  private:
     qm::wstring m_reason;
     std::unique_ptr<platform::Registry> m_registry;
     std::unique_ptr<platform::SystemInfo> m_system;

@@ -13,13 +13,12 @@ constexpr char16_t kHighControls[32] = {
 };
 
 char16_t ByteToChar(unsigned byte) {
-    return byte >= 0x80 && byte <= 0x9F ? kHighControls[byte - 0x80]
-                                        : static_cast<char16_t>(byte);
+    return byte >= 0x80 && byte <= 0x9F ? kHighControls[byte - 0x80] : static_cast<char16_t>(byte);
 }
 
 bool IsSurrogatePair(qm::wstring_view text, size_t i) {
-    return text[i] >= 0xD800 && text[i] <= 0xDBFF && i + 1 < text.size() &&
-           text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF;
+    return text[i] >= 0xD800 && text[i] <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+           text[i + 1] <= 0xDFFF;
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 namespace webrig::sim {
 
 class Windows1252 final : public platform::AnsiCodePage {
-public:
+  public:
     uint32_t Number() override { return 1252; }
     qm::wstring ToWide(std::span<const std::byte> bytes) override;
     std::string FromWide(qm::wstring_view text) override;

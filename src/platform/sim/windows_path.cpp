@@ -8,11 +8,13 @@
 namespace webrig::sim {
 namespace {
 
-bool IsSeparator(char16_t c) { return c == u'\\' || c == u'/'; }
+bool IsSeparator(char16_t c) {
+    return c == u'\\' || c == u'/';
+}
 
 bool IsInvalidInName(char16_t c) {
-    return c < 0x20 || c == u'<' || c == u'>' || c == u':' || c == u'"' || c == u'|' ||
-           c == u'?' || c == u'*';
+    return c < 0x20 || c == u'<' || c == u'>' || c == u':' || c == u'"' || c == u'|' || c == u'?' ||
+           c == u'*';
 }
 
 bool IsAllPeriods(qm::wstring_view text) {
@@ -134,11 +136,11 @@ ResolvedPath ResolveWindowsPath(const std::filesystem::path& driveRoot,
     for (size_t i = 0; i < components.size(); ++i) {
         std::filesystem::path entry;
         bool isDirectory = false;
-        if (!resolved.isDirectory || !FindEntry(resolved.hostPath, components[i], entry,
-                                                isDirectory)) {
+        if (!resolved.isDirectory ||
+            !FindEntry(resolved.hostPath, components[i], entry, isDirectory)) {
             const bool last = i + 1 == components.size();
-            resolved.error =
-                last && resolved.isDirectory ? qm::win32::file_not_found : qm::win32::path_not_found;
+            resolved.error = last && resolved.isDirectory ? qm::win32::file_not_found
+                                                          : qm::win32::path_not_found;
             resolved.isDirectory = false;
             for (size_t j = i; j < components.size(); ++j) {
                 resolved.hostPath /= qm::to_utf8(components[j]);

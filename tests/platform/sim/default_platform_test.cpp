@@ -15,7 +15,7 @@ namespace {
 
 // Sets WEBRIG_MACHINE for one test and puts back what was there.
 class MachineVariable {
-public:
+  public:
     explicit MachineVariable(const char* value) {
         if (const char* old = std::getenv("WEBRIG_MACHINE")) {
             m_old = old;
@@ -35,7 +35,7 @@ public:
         }
     }
 
-private:
+  private:
     std::string m_old;
     bool m_hadOld = false;
 };
@@ -44,9 +44,9 @@ void ExpectUnavailable(Platform& platform) {
     RegKey key{};
     EXPECT_EQ(platform.registry().OpenKey(kLocalMachine, u"SOFTWARE", key_access::read, key),
               qm::win32::not_ready);
-    EXPECT_EQ(platform.registry().CreateKey(kLocalMachine, u"SOFTWARE\\X", key_access::all_access,
-                                            key),
-              qm::win32::not_ready);
+    EXPECT_EQ(
+        platform.registry().CreateKey(kLocalMachine, u"SOFTWARE\\X", key_access::all_access, key),
+        qm::win32::not_ready);
     RegValue value;
     EXPECT_EQ(platform.registry().QueryValue(kLocalMachine, u"v", value), qm::win32::not_ready);
     EXPECT_FALSE(platform.files().PathExists(u"C:\\Windows"));

@@ -62,32 +62,25 @@ TEST_P(JsonErrors, NameTheLine) {
 
 INSTANTIATE_TEST_SUITE_P(
     Malformed, JsonErrors,
-    ::testing::Values(BadJson{"", 1, "ends where a value"},
-                      BadJson{"{\n\"a\": 1,\n\"a\": 2\n}", 3, "duplicate key \"a\""},
-                      BadJson{"{\n\"a\": 1,\n}", 3, "quoted member name"},
-                      BadJson{"[1,\n2\n", 3, "ends inside an array"},
-                      BadJson{"{\"a\" 1}", 1, "expected ':'"},
-                      BadJson{"\"abc", 1, "ends inside a string"},
-                      BadJson{"\"a\nb\"", 1, "control character"},
-                      BadJson{"\"\\x\"", 1, "unknown escape"},
-                      BadJson{"\"\\u12\"", 1, "four hex digits"},
-                      BadJson{"\"\\ud800\"", 1, "without its low surrogate"},
-                      BadJson{"\"\\ud800\\u0041\"", 1, "without its low surrogate"},
-                      BadJson{"\"\\udc00\"", 1, "low surrogate"},
-                      BadJson{"01", 1, "unexpected text after"},
-                      BadJson{"-", 1, "needs digits"},
-                      BadJson{"1.", 1, "after its decimal point"},
-                      BadJson{"1e", 1, "exponent"},
-                      BadJson{"1e999", 1, "out of range"},
-                      BadJson{"+1", 1, "expected a JSON value"},
-                      BadJson{"tru", 1, "expected a JSON value"},
-                      BadJson{"{} {}", 1, "unexpected text after"},
-                      BadJson{"\n\n\"\xC3\x28\"", 3, "not valid UTF-8"},
-                      BadJson{"[1 2]", 1, "expected ',' or ']'"}));
+    ::testing::Values(
+        BadJson{"", 1, "ends where a value"},
+        BadJson{"{\n\"a\": 1,\n\"a\": 2\n}", 3, "duplicate key \"a\""},
+        BadJson{"{\n\"a\": 1,\n}", 3, "quoted member name"},
+        BadJson{"[1,\n2\n", 3, "ends inside an array"}, BadJson{"{\"a\" 1}", 1, "expected ':'"},
+        BadJson{"\"abc", 1, "ends inside a string"}, BadJson{"\"a\nb\"", 1, "control character"},
+        BadJson{"\"\\x\"", 1, "unknown escape"}, BadJson{"\"\\u12\"", 1, "four hex digits"},
+        BadJson{"\"\\ud800\"", 1, "without its low surrogate"},
+        BadJson{"\"\\ud800\\u0041\"", 1, "without its low surrogate"},
+        BadJson{"\"\\udc00\"", 1, "low surrogate"}, BadJson{"01", 1, "unexpected text after"},
+        BadJson{"-", 1, "needs digits"}, BadJson{"1.", 1, "after its decimal point"},
+        BadJson{"1e", 1, "exponent"}, BadJson{"1e999", 1, "out of range"},
+        BadJson{"+1", 1, "expected a JSON value"}, BadJson{"tru", 1, "expected a JSON value"},
+        BadJson{"{} {}", 1, "unexpected text after"},
+        BadJson{"\n\n\"\xC3\x28\"", 3, "not valid UTF-8"},
+        BadJson{"[1 2]", 1, "expected ',' or ']'"}));
 
 TEST(Json, NestingDeeperThanTheLimitIsRefused) {
-    const std::string atLimit =
-        std::string(kMaxJsonDepth, '[') + std::string(kMaxJsonDepth, ']');
+    const std::string atLimit = std::string(kMaxJsonDepth, '[') + std::string(kMaxJsonDepth, ']');
     EXPECT_NO_THROW(ParseJson(atLimit));
     const std::string hostile(100000, '[');
     try {

@@ -26,7 +26,8 @@ TEST(MachineConfig, ReadsEveryKey) {
         "processorArchitecture": "X86",
         "ansiCodePage": 1252,
         "windowsDirectory": "C:\\WINNT\\"
-    })", "machine.json");
+    })",
+                                                    "machine.json");
     EXPECT_EQ(config.osVersion.major, 6u);
     EXPECT_EQ(config.osVersion.minor, 1u);
     EXPECT_EQ(config.osVersion.build, 0u);
@@ -83,22 +84,29 @@ TEST_P(MachineConfigErrors, NameTheFileKeyAndLine) {
 INSTANTIATE_TEST_SUITE_P(
     Malformed, MachineConfigErrors,
     ::testing::Values(
-        BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"colour\": \"blue\"\n}", 5, "unknown key \"colour\""},
-        BadConfig{HEAD "\"ansiCodePage\": \"1252\"\n}", 4, "\"ansiCodePage\" must be a number, not a string"},
+        BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"colour\": \"blue\"\n}", 5,
+                  "unknown key \"colour\""},
+        BadConfig{HEAD "\"ansiCodePage\": \"1252\"\n}", 4,
+                  "\"ansiCodePage\" must be a number, not a string"},
         BadConfig{HEAD "\"ansiCodePage\": 932\n}", 4, "932 is not supported"},
         BadConfig{HEAD "\"ansiCodePage\": 1252.5\n}", 4, "code page number"},
         BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"windowsDirectory\": \"D:\\\\Windows\"\n}", 5,
                   "folder on drive C"},
-        BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"windowsDirectory\": \"C:\\\\a\\\\..\\\\b\"\n}", 5,
-                  "folder on drive C"},
-        BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"windowsDirectory\": 7\n}", 5, "must be a string"},
-        BadConfig{"{\n\"osVersion\": \"10\",\n\"processorArchitecture\": \"amd64\",\n\"ansiCodePage\": 1252}",
+        BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"windowsDirectory\": \"C:\\\\a\\\\..\\\\b\"\n}",
+                  5, "folder on drive C"},
+        BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"windowsDirectory\": 7\n}", 5,
+                  "must be a string"},
+        BadConfig{"{\n\"osVersion\": \"10\",\n\"processorArchitecture\": "
+                  "\"amd64\",\n\"ansiCodePage\": 1252}",
                   2, "major.minor"},
-        BadConfig{"{\n\"osVersion\": \"10.0.1.2\",\n\"processorArchitecture\": \"amd64\",\n\"ansiCodePage\": 1252}",
+        BadConfig{"{\n\"osVersion\": \"10.0.1.2\",\n\"processorArchitecture\": "
+                  "\"amd64\",\n\"ansiCodePage\": 1252}",
                   2, "major.minor"},
-        BadConfig{"{\n\"osVersion\": \"10.x\",\n\"processorArchitecture\": \"amd64\",\n\"ansiCodePage\": 1252}",
+        BadConfig{"{\n\"osVersion\": \"10.x\",\n\"processorArchitecture\": "
+                  "\"amd64\",\n\"ansiCodePage\": 1252}",
                   2, "major.minor"},
-        BadConfig{"{\n\"osVersion\": \"10.0\",\n\"processorArchitecture\": \"ia64\",\n\"ansiCodePage\": 1252}",
+        BadConfig{"{\n\"osVersion\": \"10.0\",\n\"processorArchitecture\": "
+                  "\"ia64\",\n\"ansiCodePage\": 1252}",
                   3, "x86, amd64 or arm64"},
         BadConfig{"{\n\"osVersion\": \"10.0\",\n\"ansiCodePage\": 1252}", 1,
                   "\"processorArchitecture\" is missing"},

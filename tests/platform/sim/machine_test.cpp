@@ -94,8 +94,8 @@ TEST(Machine, OpenReportsWhatIsWrongAndWritesNothing) {
                                                 "[HKEY_LOCAL_MACHINE\\SOFTWARE]\n\"a\"=hex:0\n"));
          },
          &LocalMachineRegPath, 4},
-        {"no drive", [](const auto& m) { std::filesystem::remove_all(DriveCPath(m)); },
-         &DriveCPath, 0},
+        {"no drive", [](const auto& m) { std::filesystem::remove_all(DriveCPath(m)); }, &DriveCPath,
+         0},
     };
     for (const BrokenMachine& broken : cases) {
         const testing::TempFolder folder;

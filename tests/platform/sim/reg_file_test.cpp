@@ -102,8 +102,9 @@ TEST(RegFile, UntouchedFilesAreWrittenBackByteForByte) {
     const std::vector<std::vector<std::byte>> files = {
         Utf16LeWithBom(kExport), Bytes(utf8), Bytes("\xEF\xBB\xBF" + utf8),
         // Irregular but valid: deletion lines, a key in two blocks, no final line break.
-        Bytes("Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\A]\n\"x\"=\"1\"\n"
-              "[-HKEY_LOCAL_MACHINE\\A]\n[HKEY_LOCAL_MACHINE\\B]\n\"y\"=-\n[HKEY_LOCAL_MACHINE\\B]")};
+        Bytes(
+            "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\A]\n\"x\"=\"1\"\n"
+            "[-HKEY_LOCAL_MACHINE\\A]\n[HKEY_LOCAL_MACHINE\\B]\n\"y\"=-\n[HKEY_LOCAL_MACHINE\\B]")};
     for (const auto& bytes : files) {
         const RegFile file = RegFile::Parse(bytes, "HKLM.reg");
         EXPECT_EQ(file.Render()->bytes, bytes);
@@ -207,11 +208,11 @@ TEST(RegFile, DeletionLinesAreAppliedOnLoadAndDroppedOnTheNextSave) {
 }
 
 TEST(RegFile, NamesCompareWithoutCaseAndKeepTheirFirstSpelling) {
-    const RegFile file = RegFile::Parse(
-        Bytes("Windows Registry Editor Version 5.00\n"
-              "[HKEY_LOCAL_MACHINE\\Software\\MyApp]\n\"Name\"=\"one\"\n"
-              "[hkey_local_machine\\SOFTWARE\\MYAPP]\n\"NAME\"=\"two\"\n"),
-        "HKLM.reg");
+    const RegFile file =
+        RegFile::Parse(Bytes("Windows Registry Editor Version 5.00\n"
+                             "[HKEY_LOCAL_MACHINE\\Software\\MyApp]\n\"Name\"=\"one\"\n"
+                             "[hkey_local_machine\\SOFTWARE\\MYAPP]\n\"NAME\"=\"two\"\n"),
+                       "HKLM.reg");
     ASSERT_EQ(file.Root().SubKeys().size(), 1u);
     const RegistryKey& app = KeyAt(file.Root(), {u"SOFTWARE", u"myapp"});
     EXPECT_EQ(app.Name(), u"MyApp");
@@ -270,8 +271,7 @@ TEST(RegFile, NamesTheFileCannotHoldMakeRenderingFail) {
     software.SetValue(u"a\rb", RegValue::Dword(1));
     software.SetEdited(true);
     EXPECT_FALSE(valueName.Render());
-    RegFile utf8 =
-        RegFile::Parse(Bytes("Windows Registry Editor Version 5.00\n"), "HKLM.reg");
+    RegFile utf8 = RegFile::Parse(Bytes("Windows Registry Editor Version 5.00\n"), "HKLM.reg");
     utf8.Root().AddSubKey(u"SOFTWARE").AddSubKey(u"\xD800");
     EXPECT_FALSE(utf8.Render());
 }
@@ -339,14 +339,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(RegFile, KeyNamesLongerThan255CharactersAreRefused) {
     const std::string name(256, 'k');
-    EXPECT_THROW(RegFile::Parse(Bytes("Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\" +
-                                      name + "]\n"),
-                                "HKLM.reg"),
-                 MachineError);
-    EXPECT_NO_THROW(RegFile::Parse(
-        Bytes("Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\" + name.substr(1) +
-              "]\n"),
-        "HKLM.reg"));
+    EXPECT_THROW(
+        RegFile::Parse(
+            Bytes("Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\" + name + "]\n"),
+            "HKLM.reg"),
+        MachineError);
+    EXPECT_NO_THROW(
+        RegFile::Parse(Bytes("Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\" +
+                             name.substr(1) + "]\n"),
+                       "HKLM.reg"));
 }
 
 TEST(RegFile, KeysDeeperThanTheRegistryAllowsAreRefused) {
@@ -354,9 +355,9 @@ TEST(RegFile, KeysDeeperThanTheRegistryAllowsAreRefused) {
     for (int i = 0; i < kMaxKeyDepth + 1; ++i) {
         path += "\\k";
     }
-    EXPECT_THROW(RegFile::Parse(Bytes("Windows Registry Editor Version 5.00\n" + path + "]\n"),
-                                "HKLM.reg"),
-                 MachineError);
+    EXPECT_THROW(
+        RegFile::Parse(Bytes("Windows Registry Editor Version 5.00\n" + path + "]\n"), "HKLM.reg"),
+        MachineError);
 }
 
 struct BadEncoding {
@@ -366,7 +367,8 @@ struct BadEncoding {
 };
 
 TEST(RegFile, BrokenEncodingsNameTheLine) {
-    auto truncated = Utf16LeWithBom(u"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE]");
+    auto truncated =
+        Utf16LeWithBom(u"Windows Registry Editor Version 5.00\r\n\r\n[HKEY_LOCAL_MACHINE]");
     truncated.pop_back();
     auto bigEndian = Bytes("\xFE\xFF");
     const std::vector<BadEncoding> cases = {

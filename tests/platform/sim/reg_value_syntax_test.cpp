@@ -44,7 +44,8 @@ INSTANTIATE_TEST_SUITE_P(
         GoodLine{u"\"n\"=dword:1", u"n", RegValue::Dword(1)},
         GoodLine{u"\"b\"=hex:00,ff,7F", u"b", RegValue{reg_type::binary, B({0, 0xff, 0x7f})}},
         GoodLine{u"\"b\"=hex:", u"b", RegValue{reg_type::binary, {}}},
-        GoodLine{u"\"e\"=hex(2):25,00,00,00", u"e", RegValue{reg_type::expand_sz, B({0x25, 0, 0, 0})}},
+        GoodLine{u"\"e\"=hex(2):25,00,00,00", u"e",
+                 RegValue{reg_type::expand_sz, B({0x25, 0, 0, 0})}},
         GoodLine{u"\"m\"=hex(7):61,00,00,00,00,00", u"m",
                  RegValue{reg_type::multi_sz, B({0x61, 0, 0, 0, 0, 0})}},
         GoodLine{u"\"q\"=hex(b):01,00,00,00,00,00,00,00", u"q",
@@ -78,25 +79,24 @@ TEST_P(BadValueLines, AreSyntaxErrors) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Malformed, BadValueLines,
-    ::testing::Values(BadLine{u"\"a\"=\"C:\\temp\"", "bad escape"},
-                      BadLine{u"\"a\\n\"=\"x\"", "bad escape"},
-                      BadLine{u"\"a\"=\"open", "not closed"},
-                      BadLine{u"\"a\"=\"x\" extra", "unexpected text after"},
-                      BadLine{u"\"a\"", "expected '='"},
-                      BadLine{u"a=\"x\"", "value name"},
-                      BadLine{u"\"a\"=hex:1,02", "two hex digits"},
-                      BadLine{u"\"a\"=hex:012", "two hex digits"},
-                      BadLine{u"\"a\"=hex:01,,02", "two hex digits"},
-                      BadLine{u"\"a\"=hex:00 01", "expected ','"},
-                      BadLine{u"\"a\"=hex(7:00", "unexpected character"},
-                      BadLine{u"\"a\"=hex(1)00", "expected ':'"},
-                      BadLine{u"\"a\"=dword:123456789", "too many hex digits"},
-                      BadLine{u"\"a\"=dword:", "expected hex digits"},
-                      BadLine{u"\"a\"=dword:12 34", "unexpected text after"},
-                      BadLine{u"\"a\"=qword:1", "unknown value syntax"},
-                      BadLine{u"\"a\"=-1", "unexpected text after"}));
+INSTANTIATE_TEST_SUITE_P(Malformed, BadValueLines,
+                         ::testing::Values(BadLine{u"\"a\"=\"C:\\temp\"", "bad escape"},
+                                           BadLine{u"\"a\\n\"=\"x\"", "bad escape"},
+                                           BadLine{u"\"a\"=\"open", "not closed"},
+                                           BadLine{u"\"a\"=\"x\" extra", "unexpected text after"},
+                                           BadLine{u"\"a\"", "expected '='"},
+                                           BadLine{u"a=\"x\"", "value name"},
+                                           BadLine{u"\"a\"=hex:1,02", "two hex digits"},
+                                           BadLine{u"\"a\"=hex:012", "two hex digits"},
+                                           BadLine{u"\"a\"=hex:01,,02", "two hex digits"},
+                                           BadLine{u"\"a\"=hex:00 01", "expected ','"},
+                                           BadLine{u"\"a\"=hex(7:00", "unexpected character"},
+                                           BadLine{u"\"a\"=hex(1)00", "expected ':'"},
+                                           BadLine{u"\"a\"=dword:123456789", "too many hex digits"},
+                                           BadLine{u"\"a\"=dword:", "expected hex digits"},
+                                           BadLine{u"\"a\"=dword:12 34", "unexpected text after"},
+                                           BadLine{u"\"a\"=qword:1", "unknown value syntax"},
+                                           BadLine{u"\"a\"=-1", "unexpected text after"}));
 
 TEST(ValueLine, ErrorsNameTheContinuationLineTheyAreOn) {
     JoinedLine joined(u"\"a\"=hex:01,02,", 10);
@@ -138,7 +138,8 @@ INSTANTIATE_TEST_SUITE_P(
     EveryType, FormatValue,
     ::testing::Values(
         Formatted{{u"", RegValue::String(u"x")}, u"@=\"x\"\r\n"},
-        Formatted{{u"a\\\"b", RegValue::String(u"C:\\\"q\"")}, u"\"a\\\\\\\"b\"=\"C:\\\\\\\"q\\\"\"\r\n"},
+        Formatted{{u"a\\\"b", RegValue::String(u"C:\\\"q\"")},
+                  u"\"a\\\\\\\"b\"=\"C:\\\\\\\"q\\\"\"\r\n"},
         Formatted{{u"d", RegValue::Dword(0xAB)}, u"\"d\"=dword:000000ab\r\n"},
         Formatted{{u"d", RegValue{reg_type::dword, B({1, 2})}}, u"\"d\"=hex(4):01,02\r\n"},
         Formatted{{u"b", RegValue{reg_type::binary, B({0xDE, 0xAD})}}, u"\"b\"=hex:de,ad\r\n"},

@@ -80,16 +80,16 @@ TEST(RegistrySave, KeepsTheEncodingAndLineEndsOfAHandWrittenFile) {
 
 // A registry whose saves fail on demand, over a file that a real save wrote first.
 class FailingSaves : public ::testing::Test {
-protected:
+  protected:
     FailingSaves()
         : m_path(LocalMachineRegPath(m_machine.path())),
           m_registry(RegFile::Parse(testing::ReadBytes(m_path), m_path), m_path, false,
                      [this](const std::filesystem::path& path, std::span<const std::byte> bytes) {
                          return !m_fail && WriteFileAtomically(path, bytes);
                      }) {
-        EXPECT_EQ(m_registry.CreateKey(kLocalMachine, u"SOFTWARE\\App", key_access::all_access,
-                                       m_key),
-                  0u);
+        EXPECT_EQ(
+            m_registry.CreateKey(kLocalMachine, u"SOFTWARE\\App", key_access::all_access, m_key),
+            0u);
         EXPECT_EQ(m_registry.SetValue(m_key, u"Kept", RegValue::String(u"old")), 0u);
         m_saved = testing::ReadBytes(m_path);
         m_fail = true;
@@ -111,7 +111,8 @@ protected:
 };
 
 TEST_F(FailingSaves, SetValueIsUndone) {
-    EXPECT_EQ(m_registry.SetValue(m_key, u"Kept", RegValue::String(u"new")), qm::win32::write_fault);
+    EXPECT_EQ(m_registry.SetValue(m_key, u"Kept", RegValue::String(u"new")),
+              qm::win32::write_fault);
     EXPECT_EQ(m_registry.SetValue(m_key, u"Added", RegValue::Dword(1)), qm::win32::write_fault);
     RegValue value;
     ASSERT_EQ(m_registry.QueryValue(m_key, u"Kept", value), 0u);

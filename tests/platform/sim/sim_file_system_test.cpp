@@ -14,7 +14,7 @@ namespace {
 namespace win32 = qm::win32;
 
 class FileSystem : public ::testing::Test {
-protected:
+  protected:
     FileSystem() : m_files(m_folder.path()) {
         std::filesystem::create_directories(m_folder.path() / "inetpub" / "wwwroot");
         std::ofstream(m_folder.path() / "inetpub" / "wwwroot" / "web.config") << "<configuration/>";

@@ -6,7 +6,7 @@ namespace webrig::sim {
 namespace {
 
 class HostSource final : public platform::IHostOperationSource {
-public:
+  public:
     qm::hresult GetOperationRecorder(qm::wstring_view,
                                      std::shared_ptr<platform::IOperationRecorder>&) override {
         return qm::hr::not_implemented;
@@ -19,8 +19,8 @@ TEST(SimHostObjects, HandsBackTheHostsSourceWithoutOwningIt) {
     {
         auto host = std::make_shared<HostSource>();
         std::shared_ptr<platform::IHostOperationSource> source;
-        ASSERT_EQ(objects.OperationSourceFrom(static_cast<platform::IHostOperationSource*>(host.get()),
-                                              source),
+        ASSERT_EQ(objects.OperationSourceFrom(
+                      static_cast<platform::IHostOperationSource*>(host.get()), source),
                   qm::hr::ok);
         EXPECT_EQ(source.get(), host.get());
         source.reset();  // must not delete the host's object

@@ -24,11 +24,11 @@ MachineConfig X86() {
 
 // A 32-bit machine (no WOW64) with HKLM\SOFTWARE\Test holding the value Name and the key Child.
 class RegistryScene {
-public:
+  public:
     RegistryScene() : m_machine(X86()), reg(m_machine.machine().registry()) {
-        EXPECT_EQ(reg.CreateKey(kLocalMachine, u"SOFTWARE\\Test\\Child", key_access::all_access,
-                                scratch),
-                  0u);
+        EXPECT_EQ(
+            reg.CreateKey(kLocalMachine, u"SOFTWARE\\Test\\Child", key_access::all_access, scratch),
+            0u);
         reg.CloseKey(scratch);
         test = Open(u"SOFTWARE\\Test", key_access::all_access);
         EXPECT_EQ(reg.SetValue(test, u"Name", RegValue::String(u"x")), 0u);
@@ -67,143 +67,184 @@ const qm::wstring kLongName(256, u'k');
 const qm::wstring kLongValueName(16384, u'v');
 
 const CodeCase kCodeCases[] = {
-    {"open an existing key", [](RegistryScene& t) {
+    {"open an existing key",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(kLocalMachine, u"software\\TEST\\child", key_access::read, t.scratch);
-     }, win32::success},
-    {"open a missing key", [](RegistryScene& t) {
+     },
+     win32::success},
+    {"open a missing key",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(kLocalMachine, u"SOFTWARE\\Nope", key_access::read, t.scratch);
-     }, win32::file_not_found},
-    {"open below a missing key", [](RegistryScene& t) {
-         return t.reg.OpenKey(kLocalMachine, u"SOFTWARE\\Nope\\Deeper", key_access::read, t.scratch);
-     }, win32::file_not_found},
-    {"open an empty sub-key reopens the parent", [](RegistryScene& t) {
-         return t.reg.OpenKey(t.test, u"", key_access::read, t.scratch);
-     }, win32::success},
-    {"open with a trailing backslash", [](RegistryScene& t) {
+     },
+     win32::file_not_found},
+    {"open below a missing key",
+     [](RegistryScene& t) {
+         return t.reg.OpenKey(kLocalMachine, u"SOFTWARE\\Nope\\Deeper", key_access::read,
+                              t.scratch);
+     },
+     win32::file_not_found},
+    {"open an empty sub-key reopens the parent",
+     [](RegistryScene& t) { return t.reg.OpenKey(t.test, u"", key_access::read, t.scratch); },
+     win32::success},
+    {"open with a trailing backslash",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(kLocalMachine, u"SOFTWARE\\Test\\", key_access::read, t.scratch);
-     }, win32::success},
-    {"open with a leading backslash", [](RegistryScene& t) {
+     },
+     win32::success},
+    {"open with a leading backslash",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(kLocalMachine, u"\\SOFTWARE", key_access::read, t.scratch);
-     }, win32::bad_pathname},
-    {"open with an empty name inside the path", [](RegistryScene& t) {
+     },
+     win32::bad_pathname},
+    {"open with an empty name inside the path",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(kLocalMachine, u"SOFTWARE\\\\Test", key_access::read, t.scratch);
-     }, win32::bad_pathname},
-    {"open a name longer than 255 characters", [](RegistryScene& t) {
-         return t.reg.OpenKey(t.test, kLongName, key_access::read, t.scratch);
-     }, win32::invalid_parameter},
-    {"open asking for both registry views", [](RegistryScene& t) {
+     },
+     win32::bad_pathname},
+    {"open a name longer than 255 characters",
+     [](RegistryScene& t) { return t.reg.OpenKey(t.test, kLongName, key_access::read, t.scratch); },
+     win32::invalid_parameter},
+    {"open asking for both registry views",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(kLocalMachine, u"SOFTWARE",
                               key_access::read | key_access::wow64_32key | key_access::wow64_64key,
                               t.scratch);
-     }, win32::invalid_parameter},
-    {"open through an unknown handle", [](RegistryScene& t) {
+     },
+     win32::invalid_parameter},
+    {"open through an unknown handle",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(RegKey{0x1234}, u"SOFTWARE", key_access::read, t.scratch);
-     }, win32::invalid_handle},
-    {"open through no handle", [](RegistryScene& t) {
+     },
+     win32::invalid_handle},
+    {"open through no handle",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(kNoKey, u"SOFTWARE", key_access::read, t.scratch);
-     }, win32::invalid_handle},
-    {"create directly under HKEY_LOCAL_MACHINE", [](RegistryScene& t) {
+     },
+     win32::invalid_handle},
+    {"create directly under HKEY_LOCAL_MACHINE",
+     [](RegistryScene& t) {
          return t.reg.CreateKey(kLocalMachine, u"NEWHIVE", key_access::all_access, t.scratch);
-     }, win32::access_denied},
-    {"create under a handle without KEY_CREATE_SUB_KEY", [](RegistryScene& t) {
+     },
+     win32::access_denied},
+    {"create under a handle without KEY_CREATE_SUB_KEY",
+     [](RegistryScene& t) {
          return t.reg.CreateKey(t.Open(u"SOFTWARE\\Test", key_access::read), u"New",
                                 key_access::all_access, t.scratch);
-     }, win32::access_denied},
-    {"create opens an existing key without KEY_CREATE_SUB_KEY", [](RegistryScene& t) {
+     },
+     win32::access_denied},
+    {"create opens an existing key without KEY_CREATE_SUB_KEY",
+     [](RegistryScene& t) {
          return t.reg.CreateKey(t.Open(u"SOFTWARE\\Test", key_access::read), u"Child",
                                 key_access::read, t.scratch);
-     }, win32::success},
-    {"create with a leading backslash", [](RegistryScene& t) {
+     },
+     win32::success},
+    {"create with a leading backslash",
+     [](RegistryScene& t) {
          return t.reg.CreateKey(t.test, u"\\New", key_access::all_access, t.scratch);
-     }, win32::bad_pathname},
-    {"create a name longer than 255 characters", [](RegistryScene& t) {
+     },
+     win32::bad_pathname},
+    {"create a name longer than 255 characters",
+     [](RegistryScene& t) {
          return t.reg.CreateKey(t.test, kLongName, key_access::all_access, t.scratch);
-     }, win32::invalid_parameter},
-    {"query a value", [](RegistryScene& t) {
-         return t.reg.QueryValue(t.test, u"NAME", t.value);
-     }, win32::success},
-    {"query a missing value", [](RegistryScene& t) {
-         return t.reg.QueryValue(t.test, u"Missing", t.value);
-     }, win32::file_not_found},
-    {"query the unset default value", [](RegistryScene& t) {
-         return t.reg.QueryValue(t.test, u"", t.value);
-     }, win32::file_not_found},
-    {"query without KEY_QUERY_VALUE", [](RegistryScene& t) {
-         return t.reg.QueryValue(t.Open(u"SOFTWARE\\Test", key_access::set_value), u"Name", t.value);
-     }, win32::access_denied},
-    {"query through an unknown handle", [](RegistryScene& t) {
-         return t.reg.QueryValue(RegKey{0x999}, u"Name", t.value);
-     }, win32::invalid_handle},
-    {"set without KEY_SET_VALUE", [](RegistryScene& t) {
+     },
+     win32::invalid_parameter},
+    {"query a value", [](RegistryScene& t) { return t.reg.QueryValue(t.test, u"NAME", t.value); },
+     win32::success},
+    {"query a missing value",
+     [](RegistryScene& t) { return t.reg.QueryValue(t.test, u"Missing", t.value); },
+     win32::file_not_found},
+    {"query the unset default value",
+     [](RegistryScene& t) { return t.reg.QueryValue(t.test, u"", t.value); },
+     win32::file_not_found},
+    {"query without KEY_QUERY_VALUE",
+     [](RegistryScene& t) {
+         return t.reg.QueryValue(t.Open(u"SOFTWARE\\Test", key_access::set_value), u"Name",
+                                 t.value);
+     },
+     win32::access_denied},
+    {"query through an unknown handle",
+     [](RegistryScene& t) { return t.reg.QueryValue(RegKey{0x999}, u"Name", t.value); },
+     win32::invalid_handle},
+    {"set without KEY_SET_VALUE",
+     [](RegistryScene& t) {
          return t.reg.SetValue(t.Open(u"SOFTWARE\\Test", key_access::read), u"v",
                                RegValue::Dword(1));
-     }, win32::access_denied},
-    {"set a value name longer than 16383 characters", [](RegistryScene& t) {
-         return t.reg.SetValue(t.test, kLongValueName, RegValue::Dword(1));
-     }, win32::invalid_parameter},
-    {"delete a missing value", [](RegistryScene& t) {
-         return t.reg.DeleteValue(t.test, u"Missing");
-     }, win32::file_not_found},
-    {"delete a value without KEY_SET_VALUE", [](RegistryScene& t) {
+     },
+     win32::access_denied},
+    {"set a value name longer than 16383 characters",
+     [](RegistryScene& t) { return t.reg.SetValue(t.test, kLongValueName, RegValue::Dword(1)); },
+     win32::invalid_parameter},
+    {"delete a missing value",
+     [](RegistryScene& t) { return t.reg.DeleteValue(t.test, u"Missing"); }, win32::file_not_found},
+    {"delete a value without KEY_SET_VALUE",
+     [](RegistryScene& t) {
          return t.reg.DeleteValue(t.Open(u"SOFTWARE\\Test", key_access::read), u"Name");
-     }, win32::access_denied},
-    {"enumerate sub-keys without KEY_ENUMERATE_SUB_KEYS", [](RegistryScene& t) {
+     },
+     win32::access_denied},
+    {"enumerate sub-keys without KEY_ENUMERATE_SUB_KEYS",
+     [](RegistryScene& t) {
          return t.reg.EnumKey(t.Open(u"SOFTWARE\\Test", key_access::query_value), 0, t.name);
-     }, win32::access_denied},
-    {"enumerate sub-keys past the last", [](RegistryScene& t) {
-         return t.reg.EnumKey(t.test, 1, t.name);
-     }, win32::no_more_items},
-    {"enumerate values without KEY_QUERY_VALUE", [](RegistryScene& t) {
+     },
+     win32::access_denied},
+    {"enumerate sub-keys past the last",
+     [](RegistryScene& t) { return t.reg.EnumKey(t.test, 1, t.name); }, win32::no_more_items},
+    {"enumerate values without KEY_QUERY_VALUE",
+     [](RegistryScene& t) {
          return t.reg.EnumValue(t.Open(u"SOFTWARE\\Test", key_access::enumerate_sub_keys), 0,
                                 t.name, t.value);
-     }, win32::access_denied},
-    {"enumerate values past the last", [](RegistryScene& t) {
-         return t.reg.EnumValue(t.test, 1, t.name, t.value);
-     }, win32::no_more_items},
-    {"delete a key that has sub-keys", [](RegistryScene& t) {
-         return t.reg.DeleteKey(kLocalMachine, u"SOFTWARE\\Test");
-     }, win32::access_denied},
-    {"delete a missing key", [](RegistryScene& t) {
-         return t.reg.DeleteKey(t.test, u"Missing");
-     }, win32::file_not_found},
-    {"delete a hive", [](RegistryScene& t) {
-         return t.reg.DeleteKey(kLocalMachine, u"SYSTEM");
-     }, win32::access_denied},
-    {"delete a handle's own key without DELETE access", [](RegistryScene& t) {
+     },
+     win32::access_denied},
+    {"enumerate values past the last",
+     [](RegistryScene& t) { return t.reg.EnumValue(t.test, 1, t.name, t.value); },
+     win32::no_more_items},
+    {"delete a key that has sub-keys",
+     [](RegistryScene& t) { return t.reg.DeleteKey(kLocalMachine, u"SOFTWARE\\Test"); },
+     win32::access_denied},
+    {"delete a missing key", [](RegistryScene& t) { return t.reg.DeleteKey(t.test, u"Missing"); },
+     win32::file_not_found},
+    {"delete a hive", [](RegistryScene& t) { return t.reg.DeleteKey(kLocalMachine, u"SYSTEM"); },
+     win32::access_denied},
+    {"delete a handle's own key without DELETE access",
+     [](RegistryScene& t) {
          return t.reg.DeleteKey(t.Open(u"SOFTWARE\\Test\\Child", key_access::read), u"");
-     }, win32::access_denied},
-    {"delete a handle's own key", [](RegistryScene& t) {
+     },
+     win32::access_denied},
+    {"delete a handle's own key",
+     [](RegistryScene& t) {
          return t.reg.DeleteKey(t.Open(u"SOFTWARE\\Test\\Child", key_access::all_access), u"");
-     }, win32::success},
-    {"close HKEY_LOCAL_MACHINE", [](RegistryScene& t) {
-         return t.reg.CloseKey(kLocalMachine);
-     }, win32::success},
-    {"close an unknown handle", [](RegistryScene& t) {
-         return t.reg.CloseKey(RegKey{0x4444});
-     }, win32::invalid_handle},
-    {"close a handle twice", [](RegistryScene& t) {
+     },
+     win32::success},
+    {"close HKEY_LOCAL_MACHINE", [](RegistryScene& t) { return t.reg.CloseKey(kLocalMachine); },
+     win32::success},
+    {"close an unknown handle", [](RegistryScene& t) { return t.reg.CloseKey(RegKey{0x4444}); },
+     win32::invalid_handle},
+    {"close a handle twice",
+     [](RegistryScene& t) {
          const RegKey key = t.Open(u"SOFTWARE", key_access::read);
          t.reg.CloseKey(key);
          return t.reg.CloseKey(key);
-     }, win32::invalid_handle},
-    {"query through a handle whose key was deleted", [](RegistryScene& t) {
-         return t.reg.QueryValue(t.DeletedKey(), u"x", t.value);
-     }, win32::key_deleted},
-    {"set through a handle whose key was deleted", [](RegistryScene& t) {
-         return t.reg.SetValue(t.DeletedKey(), u"x", RegValue::Dword(1));
-     }, win32::key_deleted},
-    {"enumerate through a handle whose key was deleted", [](RegistryScene& t) {
-         return t.reg.EnumKey(t.DeletedKey(), 0, t.name);
-     }, win32::key_deleted},
-    {"create below a key that was deleted", [](RegistryScene& t) {
+     },
+     win32::invalid_handle},
+    {"query through a handle whose key was deleted",
+     [](RegistryScene& t) { return t.reg.QueryValue(t.DeletedKey(), u"x", t.value); },
+     win32::key_deleted},
+    {"set through a handle whose key was deleted",
+     [](RegistryScene& t) { return t.reg.SetValue(t.DeletedKey(), u"x", RegValue::Dword(1)); },
+     win32::key_deleted},
+    {"enumerate through a handle whose key was deleted",
+     [](RegistryScene& t) { return t.reg.EnumKey(t.DeletedKey(), 0, t.name); }, win32::key_deleted},
+    {"create below a key that was deleted",
+     [](RegistryScene& t) {
          return t.reg.CreateKey(t.DeletedKey(), u"Sub", key_access::all_access, t.scratch);
-     }, win32::key_deleted},
-    {"open below a key that was deleted", [](RegistryScene& t) {
+     },
+     win32::key_deleted},
+    {"open below a key that was deleted",
+     [](RegistryScene& t) {
          return t.reg.OpenKey(t.DeletedKey(), u"", key_access::read, t.scratch);
-     }, win32::key_deleted},
-    {"close a handle whose key was deleted", [](RegistryScene& t) {
-         return t.reg.CloseKey(t.DeletedKey());
-     }, win32::success},
+     },
+     win32::key_deleted},
+    {"close a handle whose key was deleted",
+     [](RegistryScene& t) { return t.reg.CloseKey(t.DeletedKey()); }, win32::success},
 };
 
 TEST(RegistryCodes, AreThoseOfWin32) {

@@ -28,33 +28,31 @@ TEST_P(NormalizePath, AsGetFullPathNameDoes) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, NormalizePath,
-    ::testing::Values(
-        Normalized{u"C:\\Windows\\System32", 0, {u"Windows", u"System32"}},
-        Normalized{u"c:/windows/system32/", 0, {u"windows", u"system32"}},
-        Normalized{u"C:\\", 0, {}},
-        Normalized{u"C:", 0, {}},
-        Normalized{u"C:\\\\a//\\b", 0, {u"a", u"b"}},
-        Normalized{u"C:\\a\\.\\b\\..\\c", 0, {u"a", u"c"}},
-        Normalized{u"C:\\..\\..\\a", 0, {u"a"}},
-        Normalized{u"C:\\a\\..\\..\\..\\", 0, {}},
-        Normalized{u"C:\\dir.\\file.txt. . ", 0, {u"dir", u"file.txt"}},
-        Normalized{u"C:\\dir \\x", 0, {u"dir ", u"x"}},
-        Normalized{u"C:\\a\\...\\b", 0, {u"a", u"...", u"b"}},
-        Normalized{u"C:\\a\\ends..\\b", 0, {u"a", u"ends..", u"b"}},
-        Normalized{u"C:\\name. \\", 0, {u"name. "}},
-        Normalized{u"D:\\Windows", win32::path_not_found, {}},
-        Normalized{u"Windows\\System32", win32::path_not_found, {}},
-        Normalized{u"C:Windows", win32::path_not_found, {}},
-        Normalized{u"\\\\server\\share", win32::path_not_found, {}},
-        Normalized{u"", win32::path_not_found, {}},
-        Normalized{u"C:\\a\\b?c", win32::invalid_name, {}},
-        Normalized{u"C:\\a\\b*", win32::invalid_name, {}},
-        Normalized{u"C:\\a:b", win32::invalid_name, {}},
-        Normalized{u"C:\\a\\b|c", win32::invalid_name, {}},
-        Normalized{u"C:\\a\x0001", win32::invalid_name, {}}));
+    ::testing::Values(Normalized{u"C:\\Windows\\System32", 0, {u"Windows", u"System32"}},
+                      Normalized{u"c:/windows/system32/", 0, {u"windows", u"system32"}},
+                      Normalized{u"C:\\", 0, {}}, Normalized{u"C:", 0, {}},
+                      Normalized{u"C:\\\\a//\\b", 0, {u"a", u"b"}},
+                      Normalized{u"C:\\a\\.\\b\\..\\c", 0, {u"a", u"c"}},
+                      Normalized{u"C:\\..\\..\\a", 0, {u"a"}},
+                      Normalized{u"C:\\a\\..\\..\\..\\", 0, {}},
+                      Normalized{u"C:\\dir.\\file.txt. . ", 0, {u"dir", u"file.txt"}},
+                      Normalized{u"C:\\dir \\x", 0, {u"dir ", u"x"}},
+                      Normalized{u"C:\\a\\...\\b", 0, {u"a", u"...", u"b"}},
+                      Normalized{u"C:\\a\\ends..\\b", 0, {u"a", u"ends..", u"b"}},
+                      Normalized{u"C:\\name. \\", 0, {u"name. "}},
+                      Normalized{u"D:\\Windows", win32::path_not_found, {}},
+                      Normalized{u"Windows\\System32", win32::path_not_found, {}},
+                      Normalized{u"C:Windows", win32::path_not_found, {}},
+                      Normalized{u"\\\\server\\share", win32::path_not_found, {}},
+                      Normalized{u"", win32::path_not_found, {}},
+                      Normalized{u"C:\\a\\b?c", win32::invalid_name, {}},
+                      Normalized{u"C:\\a\\b*", win32::invalid_name, {}},
+                      Normalized{u"C:\\a:b", win32::invalid_name, {}},
+                      Normalized{u"C:\\a\\b|c", win32::invalid_name, {}},
+                      Normalized{u"C:\\a\x0001", win32::invalid_name, {}}));
 
 class ResolvePath : public ::testing::Test {
-protected:
+  protected:
     ResolvePath() {
         std::filesystem::create_directories(drive() / "Windows" / "System32");
         std::filesystem::create_directories(drive() / "inetpub" / "wwwroot");

@@ -17,9 +17,9 @@ constexpr uint32_t k64 = key_access::wow64_64key;
 constexpr uint32_t k32 = key_access::wow64_32key;
 
 class Wow64 : public ::testing::Test {
-protected:
-    explicit Wow64(platform::ProcessorArchitecture architecture =
-                       platform::ProcessorArchitecture::amd64)
+  protected:
+    explicit Wow64(
+        platform::ProcessorArchitecture architecture = platform::ProcessorArchitecture::amd64)
         : m_machine(Config(architecture)), reg(m_machine.machine().registry()) {}
 
     static MachineConfig Config(platform::ProcessorArchitecture architecture) {
@@ -113,7 +113,7 @@ TEST_F(Wow64, DeleteKeyUsesTheViewOfItsAccessMask) {
 }
 
 class Wow64OnArm64 : public Wow64 {
-protected:
+  protected:
     Wow64OnArm64() : Wow64(platform::ProcessorArchitecture::arm64) {}
 };
 
@@ -123,7 +123,7 @@ TEST_F(Wow64OnArm64, RedirectsToo) {
 }
 
 class NoWow64OnX86 : public Wow64 {
-protected:
+  protected:
     NoWow64OnX86() : Wow64(platform::ProcessorArchitecture::intel) {}
 };
 
