@@ -48,6 +48,7 @@ constexpr uint32_t insufficient_buffer = 122;
 constexpr uint32_t invalid_name = 123;
 constexpr uint32_t mod_not_found = 126;
 constexpr uint32_t proc_not_found = 127;
+constexpr uint32_t bad_pathname = 161;
 constexpr uint32_t already_exists = 183;
 constexpr uint32_t more_data = 234;
 constexpr uint32_t no_more_items = 259;

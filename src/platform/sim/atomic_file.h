@@ -1,0 +1,19 @@
+#pragma once
+// Replacing a file so that a crash leaves either the old content or the new, never a mix.
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <span>
+
+namespace webrig::sim {
+
+// Writes `bytes` to a temporary file in the same folder, flushes it to disk, renames it over
+// `path` and flushes the folder. False (and no temporary file left) when any step fails; the
+// old file is then untouched.
+bool WriteFileAtomically(const std::filesystem::path& path, std::span<const std::byte> bytes);
+
+// How the machine stores a file; tests substitute one that fails.
+using FileWriter = std::function<bool(const std::filesystem::path&, std::span<const std::byte>)>;
+
+}  // namespace webrig::sim

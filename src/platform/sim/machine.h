@@ -1,0 +1,68 @@
+#pragma once
+// A simulated Windows machine kept in a folder, in the formats Windows itself uses:
+//
+//   machine.json        Windows version, processor architecture, ANSI code page
+//   registry/HKLM.reg   HKEY_LOCAL_MACHINE as regedit exports it
+//   drive_c/            the C: drive
+//
+// A Machine is the Platform webrig runs on under Linux. Changes reach the folder as they happen;
+// a file that could not be read is never written.
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/platform.h"
+#include "platform/sim/machine_config.h"
+#include "platform/sim/sim_automation.h"
+#include "platform/sim/sim_clock.h"
+#include "platform/sim/sim_file_system.h"
+#include "platform/sim/sim_host_objects.h"
+#include "platform/sim/sim_modules.h"
+#include "platform/sim/sim_registry.h"
+#include "platform/sim/sim_system_info.h"
+#include "platform/sim/windows_1252.h"
+
+namespace webrig::sim {
+
+class Machine final : public platform::Platform {
+  public:
+    // Throws MachineError when the folder is missing or a file of it is missing or malformed.
+    static std::unique_ptr<Machine> Open(const std::filesystem::path& folder);
+    // Makes a fresh machine in `folder` (created when missing). Throws MachineError when a
+    // machine is already there or a file cannot be written.
+    static void Create(const std::filesystem::path& folder, const MachineConfig& config = {});
+
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    const std::filesystem::path& folder() const noexcept { return m_folder; }
+    const MachineConfig& config() const noexcept { return m_config; }
+    // The modules of the simulated process, for hosts and tests that load some.
+    SimModules& simModules() noexcept { return m_modules; }
+    SimRegistry& simRegistry() noexcept { return m_registry; }
+
+    platform::Registry& registry() override { return m_registry; }
+    platform::SystemInfo& system() override { return m_system; }
+    platform::FileSystem& files() override { return m_files; }
+    platform::Clock& clock() override { return m_clock; }
+    platform::AnsiCodePage& ansiCodePage() override { return m_codePage; }
+    platform::ModuleLookup& modules() override { return m_modules; }
+    platform::Automation& automation() override { return m_automation; }
+    platform::HostObjects& hostObjects() override { return m_hostObjects; }
+
+  private:
+    Machine(std::filesystem::path folder, MachineConfig config, RegFile localMachine);
+
+    std::filesystem::path m_folder;
+    MachineConfig m_config;
+    SimRegistry m_registry;
+    SimSystemInfo m_system;
+    SimFileSystem m_files;
+    SimClock m_clock;
+    Windows1252 m_codePage;
+    SimModules m_modules;
+    SimAutomation m_automation;
+    SimHostObjects m_hostObjects;
+};
+
+}  // namespace webrig::sim

@@ -1,0 +1,25 @@
+#pragma once
+// Where each part of a simulated machine lives in its folder.
+
+#include <filesystem>
+
+namespace webrig::sim {
+
+inline std::filesystem::path MachineJsonPath(const std::filesystem::path& folder) {
+    return folder / "machine.json";
+}
+
+inline std::filesystem::path RegistryFolder(const std::filesystem::path& folder) {
+    return folder / "registry";
+}
+
+inline std::filesystem::path LocalMachineRegPath(const std::filesystem::path& folder) {
+    return RegistryFolder(folder) / "HKLM.reg";
+}
+
+// The folder that is C:\.
+inline std::filesystem::path DriveCPath(const std::filesystem::path& folder) {
+    return folder / "drive_c";
+}
+
+}  // namespace webrig::sim

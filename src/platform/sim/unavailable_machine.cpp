@@ -1,0 +1,70 @@
+#include "platform/sim/unavailable_machine.h"
+
+#include "support/last_error.h"
+
+namespace webrig::sim {
+namespace {
+
+using qm::win32::not_ready;
+
+class UnavailableRegistry final : public platform::Registry {
+  public:
+    uint32_t OpenKey(platform::RegKey, qm::wstring_view, uint32_t,
+                     platform::RegKey& result) override {
+        result = platform::kNoKey;
+        return not_ready;
+    }
+    uint32_t CreateKey(platform::RegKey, qm::wstring_view, uint32_t, platform::RegKey& result,
+                       bool*) override {
+        result = platform::kNoKey;
+        return not_ready;
+    }
+    uint32_t CloseKey(platform::RegKey) override { return not_ready; }
+    uint32_t QueryValue(platform::RegKey, qm::wstring_view, platform::RegValue&) override {
+        return not_ready;
+    }
+    uint32_t SetValue(platform::RegKey, qm::wstring_view, const platform::RegValue&) override {
+        return not_ready;
+    }
+    uint32_t DeleteValue(platform::RegKey, qm::wstring_view) override { return not_ready; }
+    uint32_t EnumKey(platform::RegKey, uint32_t, qm::wstring&) override { return not_ready; }
+    uint32_t EnumValue(platform::RegKey, uint32_t, qm::wstring&, platform::RegValue&) override {
+        return not_ready;
+    }
+    uint32_t DeleteKey(platform::RegKey, qm::wstring_view, uint32_t) override { return not_ready; }
+};
+
+class UnavailableSystemInfo final : public platform::SystemInfo {
+  public:
+    qm::wstring WindowsDirectory() override { return {}; }
+    qm::wstring SystemDirectory() override { return {}; }
+    platform::OsVersion Version() override { return {}; }
+    platform::ProcessorArchitecture NativeArchitecture() override {
+        return platform::ProcessorArchitecture::unknown;
+    }
+};
+
+class UnavailableFileSystem final : public platform::FileSystem {
+  public:
+    bool PathExists(qm::wstring_view) override {
+        qm::set_last_error(not_ready);
+        return false;
+    }
+    uint32_t ReadWholeFile(qm::wstring_view, uint64_t, std::vector<std::byte>& contents) override {
+        contents.clear();
+        qm::set_last_error(not_ready);
+        return not_ready;
+    }
+};
+
+}  // namespace
+
+UnavailableMachine::UnavailableMachine(qm::wstring reason)
+    : m_reason(std::move(reason)),
+      m_registry(std::make_unique<UnavailableRegistry>()),
+      m_system(std::make_unique<UnavailableSystemInfo>()),
+      m_files(std::make_unique<UnavailableFileSystem>()) {}
+
+UnavailableMachine::~UnavailableMachine() = default;
+
+}  // namespace webrig::sim

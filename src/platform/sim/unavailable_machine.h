@@ -1,0 +1,48 @@
+#pragma once
+// The platform of a process whose simulated machine could not be opened. Everything that
+// belongs to the machine (registry, files, system information) fails with ERROR_NOT_READY, like
+// a drive that is not there; what belongs to the process itself (clock, code page, modules,
+// BSTRs, host objects) still works.
+
+#include <memory>
+
+#include "platform/platform.h"
+#include "platform/sim/sim_automation.h"
+#include "platform/sim/sim_clock.h"
+#include "platform/sim/sim_host_objects.h"
+#include "platform/sim/sim_modules.h"
+#include "platform/sim/windows_1252.h"
+
+namespace webrig::sim {
+
+class UnavailableMachine final : public platform::Platform {
+  public:
+    explicit UnavailableMachine(qm::wstring reason);
+    ~UnavailableMachine() override;
+
+    // Why the machine could not be opened.
+    const qm::wstring& reason() const noexcept { return m_reason; }
+    SimModules& simModules() noexcept { return m_modules; }
+
+    platform::Registry& registry() override { return *m_registry; }
+    platform::SystemInfo& system() override { return *m_system; }
+    platform::FileSystem& files() override { return *m_files; }
+    platform::Clock& clock() override { return m_clock; }
+    platform::AnsiCodePage& ansiCodePage() override { return m_codePage; }
+    platform::ModuleLookup& modules() override { return m_modules; }
+    platform::Automation& automation() override { return m_automation; }
+    platform::HostObjects& hostObjects() override { return m_hostObjects; }
+
+  private:
+    qm::wstring m_reason;
+    std::unique_ptr<platform::Registry> m_registry;
+    std::unique_ptr<platform::SystemInfo> m_system;
+    std::unique_ptr<platform::FileSystem> m_files;
+    SimClock m_clock;
+    Windows1252 m_codePage;
+    SimModules m_modules;
+    SimAutomation m_automation;
+    SimHostObjects m_hostObjects;
+};
+
+}  // namespace webrig::sim
