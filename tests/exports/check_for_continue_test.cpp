@@ -86,8 +86,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"extension on Vista", Registry::no_key, {}, kVista, u"Ext", 0, -1, 1, 0},
         Case{"extension on XP", Registry::no_key, {}, kXp, u"Ext", 0, 0, 0, 0},
         Case{"pool today", Registry::no_key, {}, kServer2019, u"Pool", 0, -1, 1, 0}),
-    [](const ::testing::TestParamInfo<Case>& info) {
-        std::string name = info.param.what;
+    [](const ::testing::TestParamInfo<Case>& param) {
+        std::string name = param.param.what;
         for (char& ch : name) {
             if (!std::isalnum(static_cast<unsigned char>(ch))) {
                 ch = '_';

@@ -258,7 +258,7 @@ INSTANTIATE_TEST_SUITE_P(
                    st::website_site_number_empty},
         StatusCase{"progress_text", "ProgressMessages", "PROGMSG_IIS_EXTRACT", "",
                    st::progress_message_empty}),
-    [](const ::testing::TestParamInfo<StatusCase>& info) { return std::string(info.param.what); });
+    [](const ::testing::TestParamInfo<StatusCase>& param) { return std::string(param.param.what); });
 
 TEST_F(LoaderTest, AMissingFileIsStatusTwoAndLeavesTheBagEmpty) {
     CIISProIniLoader loader(machine, u"C:\\Temp\\nowhere.ini", platform::kNoModule, 0);

@@ -17,7 +17,7 @@ uint32_t NextContext() {
 
 }  // namespace
 
-TestHost::TestHost(sim::Machine& machine, Exports exports, qm::wstring folder,
+TestHost::TestHost(sim::Machine& machine, HostExports exports, qm::wstring folder,
                    qm::wstring ownModuleFolder)
     : m_machine(machine), m_context(NextContext()) {
     std::map<std::string, platform::ProcAddress> functions;

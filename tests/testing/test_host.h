@@ -15,13 +15,15 @@
 
 namespace webrig::testing {
 
+// Which of its functions the test host's module exports.
+struct HostExports {
+    bool loadString = true;
+    bool textSubstitute = true;
+    bool componentFileInfo = true;
+};
+
 class TestHost {
 public:
-    struct Exports {
-        bool loadString = true;
-        bool textSubstitute = true;
-        bool componentFileInfo = true;
-    };
     struct FileInfoCall {
         uint32_t context;
         qm::wstring media;
@@ -33,7 +35,7 @@ public:
 
     // Loads the host module from `folder` (a Windows path) with the chosen exports; webrig's own
     // module is moved into the same folder unless `ownModuleFolder` says otherwise.
-    explicit TestHost(sim::Machine& machine, Exports exports = {},
+    explicit TestHost(sim::Machine& machine, HostExports exports = {},
                       qm::wstring folder = u"C:\\Temp\\Setup",
                       qm::wstring ownModuleFolder = {});
     ~TestHost();
