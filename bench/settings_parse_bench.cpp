@@ -11,7 +11,7 @@
 
 #include "settings/settings_file.h"
 #include "testing/generated_project.h"
-#include "testing/windows_1252_test_code_page.h"
+#include "platform/sim/windows_1252.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ using webrig::testing::SettingsEncoding;
 
 // The simulated machine's Windows-1252 code page is not on main yet; until it is, the tests'
 // stand-in decodes the ANSI files (a table lookup per byte).
-using BenchCodePage = webrig::testing::Windows1252TestCodePage;
+using BenchCodePage = webrig::sim::Windows1252;
 
 struct ProjectFiles {
     std::vector<std::byte> ansi;

@@ -10,7 +10,7 @@
 #include "settings/settings_file.h"
 #include "support/decimal.h"
 #include "testing/settings_file_builder.h"
-#include "testing/windows_1252_test_code_page.h"
+#include "platform/sim/windows_1252.h"
 
 namespace webrig::testing {
 namespace {
@@ -93,7 +93,7 @@ TEST(GeneratedProject, ReadsTheSameInEveryEncodingAndLineEnding) {
     const SettingsFileBuilder project = GenerateProject(2);
     const SettingsFile reference = SettingsFile::ParseText(project.Text());
     const std::vector<qm::wstring> sections = ReachableSections(reference);
-    Windows1252TestCodePage ansi;
+    sim::Windows1252 ansi;
     for (const SettingsEncoding encoding :
          {SettingsEncoding::Utf16LeWithBom, SettingsEncoding::Utf16Le,
           SettingsEncoding::Windows1252}) {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "settings/password_scrambling.h"
-#include "testing/windows_1252_test_code_page.h"
+#include "platform/sim/windows_1252.h"
 
 namespace webrig::testing {
 namespace {
@@ -241,7 +241,7 @@ class ProjectWriter {
     }
 
     int m_componentCount;
-    Windows1252TestCodePage m_codePage;
+    sim::Windows1252 m_codePage;
     qm::wstring m_scrambledPassword;
     SettingsFileBuilder m_file;
 };

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "testing/windows_1252_test_code_page.h"
+#include "platform/sim/windows_1252.h"
 
 namespace webrig::testing {
 namespace {
@@ -92,14 +92,14 @@ std::vector<std::byte> SettingsFileBuilder::Bytes(SettingsEncoding encoding,
     const qm::wstring text = Text(ending);
     std::vector<std::byte> bytes;
     if (encoding == SettingsEncoding::Windows1252) {
-        bytes.reserve(text.size());
-        for (const char16_t character : text) {
-            const auto byte = Windows1252TestCodePage::Encode(character);
-            if (!byte || character == u'\0') {
-                // A zero byte would make the file read as UTF-16.
-                Refuse("text has a character that a Windows-1252 file cannot carry");
-            }
-            bytes.push_back(*byte);
+        sim::Windows1252 codePage;
+        const std::string encoded = codePage.FromWide(text);
+        bytes.assign(reinterpret_cast<const std::byte*>(encoded.data()),
+                     reinterpret_cast<const std::byte*>(encoded.data()) + encoded.size());
+        // A zero byte would make the file read as UTF-16; a character without a byte of its own
+        // does not come back.
+        if (encoded.find('\0') != std::string::npos || codePage.ToWide(bytes) != text) {
+            Refuse("text has a character that a Windows-1252 file cannot carry");
         }
         return bytes;
     }
