@@ -12,8 +12,8 @@ public:
     // Fills `bag`; 0 on success, otherwise the status of the first failed step.
     virtual int32_t Load(CIISPropertyBag& bag) = 0;
     // Resolve a text value, a root directory and a certificate path through the host engine.
-    virtual qm::wstring ResolveValue(const qm::wstring& value) = 0;
-    virtual qm::wstring ResolveRootDir(const qm::wstring& value) = 0;
-    virtual qm::wstring ResolveCertPath(const qm::wstring& value) = 0;
+    virtual qm::wstring ResolveValue(qm::wstring value) = 0;
+    virtual qm::wstring ResolveRootDir(qm::wstring value) = 0;
+    virtual qm::wstring ResolveCertPath(qm::wstring value) = 0;
     virtual ~CIISLoader() = default;
 };

@@ -1,6 +1,6 @@
 #include "settings/iis_pro_ini_loader.h"
 
-qm::wstring CIISProIniLoader::ResolveValue(const qm::wstring& value) {
+qm::wstring CIISProIniLoader::ResolveValue(qm::wstring value) {
     if (!m_hostText.Available()) {
         return value;
     }
@@ -28,12 +28,12 @@ qm::wstring CIISProIniLoader::ResolveValue(const qm::wstring& value) {
     return joined.empty() ? value : joined;
 }
 
-qm::wstring CIISProIniLoader::ResolveRootDir(const qm::wstring& value) {
+qm::wstring CIISProIniLoader::ResolveRootDir(qm::wstring value) {
     return SubstituteHostText(value);
 }
 
-qm::wstring CIISProIniLoader::ResolveCertPath(const qm::wstring& value) {
-    return ResolveRootDir(value);
+qm::wstring CIISProIniLoader::ResolveCertPath(qm::wstring value) {
+    return ResolveRootDir(std::move(value));
 }
 
 qm::wstring CIISProIniLoader::SubstituteHostText(const qm::wstring& text) {

@@ -16,10 +16,10 @@ public:
     // A value that contains backslashes is resolved piece by piece between them: each piece as a
     // string-table identifier, then substituted. Empty pieces and pieces that resolve to nothing
     // are dropped; when nothing is left the value stays as it was.
-    qm::wstring ResolveValue(const qm::wstring& value) override;
+    qm::wstring ResolveValue(qm::wstring value) override;
     // Only substitution: paths are never looked up in the string table or split.
-    qm::wstring ResolveRootDir(const qm::wstring& value) override;
-    qm::wstring ResolveCertPath(const qm::wstring& value) override;
+    qm::wstring ResolveRootDir(qm::wstring value) override;
+    qm::wstring ResolveCertPath(qm::wstring value) override;
     virtual qm::wstring SubstituteHostText(const qm::wstring& text);
 
 private:

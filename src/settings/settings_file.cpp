@@ -113,6 +113,7 @@ SettingsFile SettingsFile::ParseText(qm::wstring text) {
     for (Section& section : file.m_sections) {
         file.KeepLastEntryOfEachName(section);
     }
+    file.IndexSections();
     return file;
 }
 
@@ -147,8 +148,9 @@ void SettingsFile::AddLine(uint32_t begin, uint32_t end) {
     while (nameEnd != begin && IsTrimmed(text[nameEnd - 1])) {
         --nameEnd;
     }
-    m_entries.push_back(
-        Entry{TextRange{begin, nameEnd - begin}, TextRange{equalsAt + 1, end - equalsAt - 1}});
+    m_entries.push_back(Entry{TextRange{begin, nameEnd - begin},
+                              TextRange{equalsAt + 1, end - equalsAt - 1},
+                              static_cast<uint32_t>(NameHash(qm::wstring_view(text + begin, nameEnd - begin)))});
     ++m_sections.back().entryCount;
 }
 
@@ -178,32 +180,51 @@ void SettingsFile::KeepLastEntryOfEachName(Section& section) {
     const auto first = m_entries.begin() + section.firstEntry;
     const auto last = first + section.entryCount;
     std::sort(first, last, [this](const Entry& a, const Entry& b) {
+        if (a.nameHash != b.nameHash) {
+            return a.nameHash < b.nameHash;
+        }
         const int order = View(a.name).compare(View(b.name));
         return order != 0 ? order < 0 : a.name.begin < b.name.begin;
     });
     auto kept = first;
     for (auto it = first; it != last; ++it) {
         const auto next = it + 1;
-        if (next == last || View(next->name) != View(it->name)) {
+        if (next == last || next->nameHash != it->nameHash || View(next->name) != View(it->name)) {
             *kept++ = *it;
         }
     }
     section.entryCount = static_cast<uint32_t>(kept - first);
 }
 
+void SettingsFile::IndexSections() {
+    const size_t slots = std::bit_ceil(std::max<size_t>(2 * m_sections.size(), 16));
+    m_sectionSlots.assign(slots, 0);
+    for (uint32_t i = 0; i < m_sections.size(); ++i) {
+        size_t slot = m_sections[i].nameHash & (slots - 1);
+        while (m_sectionSlots[slot] != 0) {
+            slot = (slot + 1) & (slots - 1);
+        }
+        m_sectionSlots[slot] = i + 1;
+    }
+}
+
 const SettingsFile::Section* SettingsFile::FindSection(qm::wstring_view name) const {
-    const uint64_t hash = NameHash(name);
-    const auto it = std::lower_bound(m_sections.begin(), m_sections.end(), name,
-                                     [this, hash](const Section& section, qm::wstring_view wanted) {
-                                         if (section.nameHash != hash) {
-                                             return section.nameHash < hash;
-                                         }
-                                         return View(section.name) < wanted;
-                                     });
-    if (it == m_sections.end() || it->nameHash != hash || View(it->name) != name) {
+    if (m_lastFound != nullptr && View(m_lastFound->name) == name) {
+        return m_lastFound;
+    }
+    if (m_sectionSlots.empty()) {
         return nullptr;
     }
-    return &*it;
+    const uint64_t hash = NameHash(name);
+    const size_t mask = m_sectionSlots.size() - 1;
+    for (size_t slot = hash & mask; m_sectionSlots[slot] != 0; slot = (slot + 1) & mask) {
+        const Section& section = m_sections[m_sectionSlots[slot] - 1];
+        if (section.nameHash == hash && View(section.name) == name) {
+            m_lastFound = &section;
+            return &section;
+        }
+    }
+    return nullptr;
 }
 
 bool SettingsFile::HasSection(qm::wstring_view section) const {
@@ -216,15 +237,18 @@ std::optional<qm::wstring_view> SettingsFile::Find(qm::wstring_view section,
     if (found == nullptr) {
         return std::nullopt;
     }
+    const auto hash = static_cast<uint32_t>(NameHash(name));
     const auto first = m_entries.begin() + found->firstEntry;
     const auto last = first + found->entryCount;
-    const auto it = std::lower_bound(
-        first, last, name,
-        [this](const Entry& entry, qm::wstring_view wanted) { return View(entry.name) < wanted; });
-    if (it == last || View(it->name) != name) {
-        return std::nullopt;
+    auto it = std::lower_bound(first, last, hash, [](const Entry& entry, uint32_t wanted) {
+        return entry.nameHash < wanted;
+    });
+    for (; it != last && it->nameHash == hash; ++it) {
+        if (View(it->name) == name) {
+            return View(it->value);
+        }
     }
-    return View(it->value);
+    return std::nullopt;
 }
 
 std::vector<std::pair<qm::wstring_view, qm::wstring_view>> SettingsFile::Entries(
@@ -239,6 +263,8 @@ std::vector<std::pair<qm::wstring_view, qm::wstring_view>> SettingsFile::Entries
         const Entry& entry = m_entries[found->firstEntry + i];
         entries.emplace_back(View(entry.name), View(entry.value));
     }
+    // Kept by hash for lookups; readers of a whole section get it by name. Names are unique.
+    std::sort(entries.begin(), entries.end());
     return entries;
 }
 

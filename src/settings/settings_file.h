@@ -42,6 +42,8 @@ class SettingsFile {
     struct Entry {
         TextRange name;
         TextRange value;
+        // Entries are looked up by this hash first, so that a lookup reads the text only once.
+        uint32_t nameHash;
     };
     struct Section {
         // Sections are ordered by this hash first, so that sorting and finding them rarely has
@@ -60,14 +62,21 @@ class SettingsFile {
     void AddLine(uint32_t begin, uint32_t end);
     void KeepLastHeaderOfEachSection();
     void KeepLastEntryOfEachName(Section& section);
+    void IndexSections();
 
     // On the heap, so that the views handed out stay valid when the SettingsFile is moved (a
     // short text would otherwise live inside the string object itself).
     std::unique_ptr<const qm::wstring> m_text;
-    // Each section's entries are one run of this array, sorted by name, one entry per name.
+    // Each section's entries are one run of this array, sorted by name hash and name, one entry
+    // per name.
     std::vector<Entry> m_entries;
     // Sorted by name hash, then name; one per name.
     std::vector<Section> m_sections;
+    // Open addressing over m_sections by name hash: index + 1, or 0 for a free slot. A power of
+    // two at least twice the number of sections, so that a lookup probes one or two slots.
+    std::vector<uint32_t> m_sectionSlots;
+    // The section found last: readers ask for many entries of one section in a row.
+    mutable const Section* m_lastFound = nullptr;
 };
 
 }  // namespace webrig::settings

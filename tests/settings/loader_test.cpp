@@ -445,6 +445,61 @@ TEST_F(LoaderTest, AStoredSiteNumberWinsOverTheFile) {
     EXPECT_EQ(bag.websites.at(u"Store")->SiteNumber, u"5");
 }
 
+TEST_F(LoaderTest, AFileTooLargeForTheProcessIsStatusTwoAndIsNotRead) {
+    fs::create_directories(temp.path() / "drive_c" / "Temp");
+    const fs::path huge = temp.path() / "drive_c" / "Temp" / "huge.ini";
+    std::ofstream(huge, std::ios::binary).put('[');
+    fs::resize_file(huge, uintmax_t{2} << 30);  // 2 GiB, sparse
+    CIISProIniLoader loader(machine, u"C:\\Temp\\huge.ini", platform::kNoModule, 0);
+    EXPECT_EQ(loader.Load(bag), st::settings_file_unreadable);
+}
+
+TEST_F(LoaderTest, AFolderIsNoSettingsFile) {
+    fs::create_directories(temp.path() / "drive_c" / "Temp" / "dir.ini");
+    CIISProIniLoader loader(machine, u"C:\\Temp\\dir.ini", platform::kNoModule, 0);
+    EXPECT_EQ(loader.Load(bag), st::settings_file_unreadable);
+}
+
+TEST_F(LoaderTest, BinaryJunkLoadsAsAFileWithoutSections) {
+    std::vector<std::byte> junk(64 * 1024);
+    uint32_t state = 12345;
+    for (auto& byte : junk) {
+        state = state * 1103515245u + 12345u;
+        byte = static_cast<std::byte>(state >> 24);
+    }
+    EXPECT_EQ(Load(junk), 0);
+    EXPECT_TRUE(bag.components.empty());
+    EXPECT_EQ(bag.progressMessages.size(), 21u);
+}
+
+TEST_F(LoaderTest, ATruncatedUtf16FileLosesOnlyItsHalfCharacter) {
+    std::vector<std::byte> bytes = ValidProject().Bytes(SettingsEncoding::Utf16LeWithBom);
+    bytes.pop_back();
+    ASSERT_EQ(Load(bytes), 0);
+    EXPECT_TRUE(Component(u"Web").vroots.contains(u"Shop"));
+}
+
+TEST_F(LoaderTest, MillionCharacterLinesAreCutToTheirLimits) {
+    Project project = ValidProject();
+    project.Set("VRoot_Shop", "DefDoc", std::string(1'000'000, 'x'));
+    project.Set(std::string(1'000'000, 's'), "k", "v");
+    ASSERT_EQ(Load(project), 0);
+    EXPECT_EQ(Component(u"Web").vroots.at(u"Shop")->DefDoc.size(), 4095u);
+}
+
+TEST_F(LoaderTest, LoneSurrogatesAreKeptAsTheyAre) {
+    const qm::wstring name = u"Web\xD800x";
+    const qm::wstring text = u"[Components]\r\nCount=1\r\nc1=" + name + u"\r\n[" + name +
+                             u"_WebSites]\r\nCount=0\r\n";
+    std::vector<std::byte> bytes;
+    for (const char16_t c : text) {
+        bytes.push_back(static_cast<std::byte>(c & 0xFF));
+        bytes.push_back(static_cast<std::byte>(c >> 8));
+    }
+    ASSERT_EQ(Load(bytes), 0);
+    EXPECT_TRUE(bag.components.contains(name));
+}
+
 class ResolvingLoaderTest : public LoaderTest {
 protected:
     int32_t LoadWithHost(Project project) {

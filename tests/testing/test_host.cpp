@@ -52,8 +52,10 @@ int32_t WEBRIG_HOST_CALL TestHost::LoadString(uint32_t context, const char16_t* 
     if (host == nullptr) {
         return -1;
     }
-    host->loadStringKeys.emplace_back(key);
-    host->loadStringCapacities.push_back(capacity);
+    if (host->recordCalls) {
+        host->loadStringKeys.emplace_back(key);
+        host->loadStringCapacities.push_back(capacity);
+    }
     const auto found = host->strings.find(key);
     if (found == host->strings.end()) {
         return -1;
@@ -74,7 +76,9 @@ int32_t WEBRIG_HOST_CALL TestHost::Substitute(uint32_t context, platform::Bstr* 
     }
     platform::Automation& automation = host->m_machine.automation();
     qm::wstring value(*text, automation.SysStringLen(*text));
-    host->substituted.push_back(value);
+    if (host->recordCalls) {
+        host->substituted.push_back(value);
+    }
     automation.SysFreeString(*text);
     if (host->substituteToNull.contains(value)) {
         *text = nullptr;
@@ -98,7 +102,9 @@ int32_t WEBRIG_HOST_CALL TestHost::FileInfo(uint32_t context, const char16_t* me
     if (host == nullptr) {
         return -1;
     }
-    host->fileInfoCalls.push_back({context, media, feature, component, selector, reserved});
+    if (host->recordCalls) {
+        host->fileInfoCalls.push_back({context, media, feature, component, selector, reserved});
+    }
     const auto found = host->componentFlags.find(component);
     *result = found == host->componentFlags.end() ? 0 : found->second;
     return host->fileInfoResult;

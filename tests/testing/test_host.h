@@ -56,7 +56,8 @@ public:
     std::map<qm::wstring, uint32_t> componentFlags;
     int32_t fileInfoResult = 0;
 
-    // What webrig asked.
+    // What webrig asked, kept while `recordCalls` is true.
+    bool recordCalls = true;
     std::vector<qm::wstring> loadStringKeys;
     std::vector<uint32_t> loadStringCapacities;
     std::vector<qm::wstring> substituted;

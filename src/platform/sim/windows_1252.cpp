@@ -24,10 +24,10 @@ bool IsSurrogatePair(qm::wstring_view text, size_t i) {
 }  // namespace
 
 qm::wstring Windows1252::ToWide(std::span<const std::byte> bytes) {
-    qm::wstring text;
-    text.reserve(bytes.size());
+    qm::wstring text(bytes.size(), u'\0');
+    char16_t* out = text.data();
     for (const std::byte b : bytes) {
-        text += ByteToChar(std::to_integer<unsigned>(b));
+        *out++ = ByteToChar(std::to_integer<unsigned>(b));
     }
     return text;
 }
