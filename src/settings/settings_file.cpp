@@ -200,7 +200,7 @@ void SettingsFile::IndexSections() {
     const size_t slots = std::bit_ceil(std::max<size_t>(2 * m_sections.size(), 16));
     m_sectionSlots.assign(slots, 0);
     for (uint32_t i = 0; i < m_sections.size(); ++i) {
-        size_t slot = m_sections[i].nameHash & (slots - 1);
+        size_t slot = static_cast<size_t>(m_sections[i].nameHash) & (slots - 1);
         while (m_sectionSlots[slot] != 0) {
             slot = (slot + 1) & (slots - 1);
         }
@@ -217,7 +217,8 @@ const SettingsFile::Section* SettingsFile::FindSection(qm::wstring_view name) co
     }
     const uint64_t hash = NameHash(name);
     const size_t mask = m_sectionSlots.size() - 1;
-    for (size_t slot = hash & mask; m_sectionSlots[slot] != 0; slot = (slot + 1) & mask) {
+    for (size_t slot = static_cast<size_t>(hash) & mask; m_sectionSlots[slot] != 0;
+         slot = (slot + 1) & mask) {
         const Section& section = m_sections[m_sectionSlots[slot] - 1];
         if (section.nameHash == hash && View(section.name) == name) {
             m_lastFound = &section;
