@@ -53,6 +53,38 @@ constexpr std::array<const char16_t*, 21> kProgressIdentifiers = {
 
 qm::wstring Numbered(const char16_t* format, int32_t index) { return qm::format(format, index); }
 
+// A list inside a section: a count, then the entries "<prefix>1".."<prefix><count>", each naming
+// the section of one list item.
+struct NumberedList {
+    const char16_t* countName;
+    size_t countLimit;
+    int32_t countEmpty;
+    const char16_t* entryFormat;
+    int32_t entryMissing;
+};
+
+// Gives each listed section to `readItem`; returns the first non-zero status.
+template <class ReadItem>
+int32_t ForEachListed(const SettingsReader& reader, const qm::wstring& section,
+                      const NumberedList& list, ReadItem&& readItem) {
+    const qm::wstring count = reader.Raw(section, list.countName, list.countLimit, u"0");
+    if (count.empty()) {
+        return list.countEmpty;
+    }
+    const int32_t entries = qm::read_decimal(count);
+    for (int32_t i = 1; i <= entries; ++i) {
+        const qm::wstring item =
+            reader.Raw(section, Numbered(list.entryFormat, i), SettingsReader::kNameLimit, u"");
+        if (item.empty()) {
+            return list.entryMissing;
+        }
+        if (const int32_t result = readItem(item); result != 0) {
+            return result;
+        }
+    }
+    return 0;
+}
+
 }  // namespace
 
 int32_t CIISIniLoader::Load(CIISPropertyBag& bag) {
@@ -331,17 +363,10 @@ int32_t CIISIniLoader::ReadCommon(const Reader& reader, CIISCommonProp& record,
 
 int32_t CIISIniLoader::ReadMetaData(const Reader& reader, CIISCommonProp& record,
                                     const qm::wstring& section) {
-    const qm::wstring count = reader.Raw(section, u"MetaDataPropCount", Reader::kNumberLimit, u"0");
-    if (count.empty()) {
-        return status::metadata_count_empty;
-    }
-    const int32_t entries = qm::read_decimal(count);
-    for (int32_t i = 1; i <= entries; ++i) {
-        const qm::wstring entry =
-            reader.Raw(section, Numbered(u"mdp%d", i), Reader::kNameLimit, u"");
-        if (entry.empty()) {
-            return status::metadata_entry_missing;
-        }
+    static constexpr NumberedList kList{u"MetaDataPropCount", Reader::kNumberLimit,
+                                        status::metadata_count_empty, u"mdp%d",
+                                        status::metadata_entry_missing};
+    return ForEachListed(reader, section, kList, [&](const qm::wstring& entry) {
         CIISMetaDataProp& metaData = *record.AddMetaData().record;
         struct Number {
             const char16_t* name;
@@ -360,26 +385,16 @@ int32_t CIISIniLoader::ReadMetaData(const Reader& reader, CIISCommonProp& record
             }
             metaData.*number.field = qm::read_decimal(text);
         }
-        if (const int32_t result = metaData.SetValue(reader.Resolved(entry, u"Value", u""));
-            result != 0) {
-            return result;
-        }
-    }
-    return 0;
+        return metaData.SetValue(reader.Resolved(entry, u"Value", u""));
+    });
 }
 
 int32_t CIISIniLoader::ReadAppMaps(const Reader& reader, CIISCommonProp& record,
                                    const qm::wstring& section) {
-    const qm::wstring count = reader.Raw(section, u"AppMapCount", Reader::kNumberLimit, u"0");
-    if (count.empty()) {
-        return status::app_map_count_empty;
-    }
-    const int32_t entries = qm::read_decimal(count);
-    for (int32_t i = 1; i <= entries; ++i) {
-        const qm::wstring entry = reader.Raw(section, Numbered(u"a%d", i), Reader::kNameLimit, u"");
-        if (entry.empty()) {
-            return status::app_map_entry_missing;
-        }
+    static constexpr NumberedList kList{u"AppMapCount", Reader::kNumberLimit,
+                                        status::app_map_count_empty, u"a%d",
+                                        status::app_map_entry_missing};
+    return ForEachListed(reader, section, kList, [&](const qm::wstring& entry) {
         const auto [added, appMap] =
             record.AddAppMap(reader.Raw(entry, u"VRootAppMapKey", Reader::kNameLimit, u""));
         if (added != 0) {
@@ -402,34 +417,24 @@ int32_t CIISIniLoader::ReadAppMaps(const Reader& reader, CIISCommonProp& record,
             return status::app_map_props_empty;
         }
         appMap->AppMapProps = qm::read_decimal(props);
-    }
-    return 0;
+        return 0;
+    });
 }
 
 int32_t CIISIniLoader::ReadMimeMaps(const Reader& reader, CIISCommonProp& record,
                                     const qm::wstring& section) {
-    const qm::wstring count = reader.Raw(section, u"MimeMapCount", Reader::kNameLimit, u"0");
-    if (count.empty()) {
-        return status::mime_map_count_empty;
-    }
-    const int32_t entries = qm::read_decimal(count);
-    for (int32_t i = 1; i <= entries; ++i) {
-        const qm::wstring entry =
-            reader.Raw(section, Numbered(u"mm%d", i), Reader::kNameLimit, u"");
-        if (entry.empty()) {
-            return status::mime_map_entry_missing;
-        }
+    // The count of MIME maps is read with the longer limit of a name.
+    static constexpr NumberedList kList{u"MimeMapCount", Reader::kNameLimit,
+                                        status::mime_map_count_empty, u"mm%d",
+                                        status::mime_map_entry_missing};
+    return ForEachListed(reader, section, kList, [&](const qm::wstring& entry) {
         CIISMimeMapProp& mimeMap = *record.AddMimeMap().record;
         if (const int32_t result = mimeMap.SetExtension(reader.Resolved(entry, u"Extension", u""));
             result != 0) {
             return result;
         }
-        if (const int32_t result = mimeMap.SetType(reader.Resolved(entry, u"Type", u""));
-            result != 0) {
-            return result;
-        }
-    }
-    return 0;
+        return mimeMap.SetType(reader.Resolved(entry, u"Type", u""));
+    });
 }
 
 int32_t CIISIniLoader::ReadAppPool(const Reader& reader, CIISComponentProp& component,

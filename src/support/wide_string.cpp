@@ -126,6 +126,17 @@ bool from_utf8_strict(std::string_view text, wstring& out, size_t& bad_offset) {
     return true;
 }
 
+bool has_lone_surrogate(wstring_view text) noexcept {
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (is_high_surrogate(text[i]) && i + 1 < text.size() && is_low_surrogate(text[i + 1])) {
+            ++i;
+        } else if (is_high_surrogate(text[i]) || is_low_surrogate(text[i])) {
+            return true;
+        }
+    }
+    return false;
+}
+
 wstring widen_ascii(std::string_view ascii) {
     wstring out(ascii.size(), u'\0');
     for (size_t i = 0; i < ascii.size(); ++i) {

@@ -20,6 +20,9 @@ wstring from_utf8(std::string_view text);
 // sets `bad_offset` to the byte offset of the first invalid sequence.
 bool from_utf8_strict(std::string_view text, wstring& out, size_t& bad_offset);
 
+// Whether the text holds a surrogate that is not half of a pair (UTF-8 cannot carry it).
+bool has_lone_surrogate(wstring_view text) noexcept;
+
 // ASCII-only literal helper for places that build text from narrow constants.
 wstring widen_ascii(std::string_view ascii);
 

@@ -161,3 +161,19 @@ TEST(WideString, StrictConversionReportsTheFirstOfSeveralDamagedSequences) {
 }
 
 }  // namespace
+
+namespace qm {
+namespace {
+
+TEST(HasLoneSurrogate, FindsOnlyUnpairedHalves) {
+    EXPECT_FALSE(has_lone_surrogate(u""));
+    EXPECT_FALSE(has_lone_surrogate(u"plain \u00E9"));
+    EXPECT_FALSE(has_lone_surrogate(u"\U0001F600 paired"));
+    EXPECT_TRUE(has_lone_surrogate(wstring(1, char16_t{0xD800})));
+    EXPECT_TRUE(has_lone_surrogate(u"x" + wstring(1, char16_t{0xDC00})));
+    EXPECT_TRUE(has_lone_surrogate(wstring{char16_t{0xDC00}, char16_t{0xD800}}));  // reversed
+    EXPECT_TRUE(has_lone_surrogate(u"\U0001F600" + wstring(1, char16_t{0xD83D})));
+}
+
+}  // namespace
+}  // namespace qm

@@ -1,6 +1,7 @@
 #include "platform/sim/reg_value_syntax.h"
 
 #include "support/case_insensitive.h"
+#include "support/wide_string.h"
 
 namespace webrig::sim {
 namespace {
@@ -212,19 +213,6 @@ class LineParser {
     size_t m_pos = 0;
 };
 
-bool HasLoneSurrogate(qm::wstring_view text) {
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i];
-        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-            text[i + 1] <= 0xDFFF) {
-            ++i;
-        } else if (c >= 0xD800 && c <= 0xDFFF) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // REG_SZ data that `"text"` reproduces exactly.
 bool WritableAsText(const RegValue& value, bool utf8) {
     const auto& data = value.data;
@@ -236,7 +224,7 @@ bool WritableAsText(const RegValue& value, bool utf8) {
     if (text.size() * 2 + 2 != data.size() || text.find_first_of(u"\r\n") != qm::wstring::npos) {
         return false;
     }
-    return !(utf8 && HasLoneSurrogate(text));
+    return !(utf8 && qm::has_lone_surrogate(text));
 }
 
 void AppendHex(qm::wstring& out, uint32_t number, int minimumDigits) {

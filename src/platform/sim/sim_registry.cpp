@@ -141,17 +141,20 @@ bool SimRegistry::Save() {
     return true;
 }
 
+uint32_t SimRegistry::LookupAndResolve(RegKey parent, qm::wstring_view subKey, uint32_t access,
+                                       Handle& from, std::vector<qm::wstring>& path) const {
+    const uint32_t error = Lookup(parent, from);
+    return error == success ? Resolve(from, subKey, access, path) : error;
+}
+
 uint32_t SimRegistry::OpenKey(RegKey parent, qm::wstring_view subKey, uint32_t access,
                               RegKey& result) {
     const std::lock_guard lock(m_mutex);
     result = platform::kNoKey;
     Handle from;
     std::vector<qm::wstring> path;
-    uint32_t error = Lookup(parent, from);
-    if (error == success) {
-        error = Resolve(from, subKey, access, path);
-    }
-    if (error != success) {
+    if (const uint32_t error = LookupAndResolve(parent, subKey, access, from, path);
+        error != success) {
         return error;
     }
     size_t existing = 0;
@@ -169,11 +172,8 @@ uint32_t SimRegistry::CreateKey(RegKey parent, qm::wstring_view subKey, uint32_t
     result = platform::kNoKey;
     Handle from;
     std::vector<qm::wstring> path;
-    uint32_t error = Lookup(parent, from);
-    if (error == success) {
-        error = Resolve(from, subKey, access, path);
-    }
-    if (error != success) {
+    if (const uint32_t error = LookupAndResolve(parent, subKey, access, from, path);
+        error != success) {
         return error;
     }
     size_t existing = 0;

@@ -58,6 +58,9 @@ class SimRegistry final : public platform::Registry {
     // The path from the root that `subKey` names relative to `parent`, redirected for WOW64.
     uint32_t Resolve(const Handle& parent, qm::wstring_view subKey, uint32_t access,
                      std::vector<qm::wstring>& path) const;
+    // Lookup of `parent`, then Resolve of `subKey` below it.
+    uint32_t LookupAndResolve(platform::RegKey parent, qm::wstring_view subKey, uint32_t access,
+                              Handle& from, std::vector<qm::wstring>& path) const;
     platform::RegKey AddHandle(std::shared_ptr<RegistryKey> key, uint32_t access);
     bool Save();
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/sim/machine_error.h"
+#include "support/wide_string.h"
 
 namespace webrig::sim {
 namespace {
@@ -10,19 +11,6 @@ namespace {
 int CountLinesBefore(std::span<const std::byte> bytes, size_t offset) {
     return 1 + static_cast<int>(std::count(bytes.begin(), bytes.begin() + static_cast<long>(offset),
                                            std::byte{'\n'}));
-}
-
-bool HasLoneSurrogate(qm::wstring_view text) {
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i];
-        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-            text[i + 1] <= 0xDFFF) {
-            ++i;
-        } else if (c >= 0xD800 && c <= 0xDFFF) {
-            return true;
-        }
-    }
-    return false;
 }
 
 }  // namespace
@@ -75,7 +63,7 @@ std::optional<std::vector<std::byte>> EncodeText(qm::wstring_view text, TextEnco
         }
         return bytes;
     }
-    if (HasLoneSurrogate(text)) {
+    if (qm::has_lone_surrogate(text)) {
         return std::nullopt;
     }
     if (encoding == TextEncoding::utf8_bom) {
