@@ -1,5 +1,6 @@
 #include "exports/iis_pro_runtime.h"
 
+#include "host/event_log.h"
 #include "services/iis_major_version.h"
 
 CIISProRuntime::CIISProRuntime(std::shared_ptr<webrig::platform::Platform> platform)
@@ -41,13 +42,4 @@ bool CIISProRuntime::ComponentHasIISItems(const qm::wstring& component) {
     return poolsExist && (!record.appPools.empty() || !record.webServiceExtensions.empty());
 }
 
-void CIISProRuntime::Log(const qm::wstring& text) {
-    if (!eventSink) {
-        return;
-    }
-    try {
-        eventSink->LogMessage(text);
-    } catch (...) {
-        // A sink that fails to log must not end the operation that logged.
-    }
-}
+void CIISProRuntime::Log(const qm::wstring& text) { webrig::host::LogLine(eventSink.get(), text); }
