@@ -63,6 +63,28 @@ struct NumberedList {
     int32_t entryMissing;
 };
 
+// A text entry read resolved into its record through the record's setter.
+template <class Record>
+struct ResolvedField {
+    const char16_t* name;
+    const char16_t* fallback;
+    int32_t (Record::*set)(qm::wstring);
+};
+
+// Reads the fields in order; the first setter that refuses its text ends the reading.
+template <class Record, size_t Count>
+int32_t SetResolvedFields(const SettingsReader& reader, const qm::wstring& section,
+                          Record& record, const ResolvedField<Record> (&fields)[Count]) {
+    for (const ResolvedField<Record>& field : fields) {
+        if (const int32_t result =
+                (record.*field.set)(reader.Resolved(section, field.name, field.fallback));
+            result != 0) {
+            return result;
+        }
+    }
+    return 0;
+}
+
 // Gives each listed section to `readItem`; returns the first non-zero status.
 template <class ReadItem>
 int32_t ForEachListed(const SettingsReader& reader, const qm::wstring& section,
@@ -248,20 +270,13 @@ int32_t CIISIniLoader::ReadWebsite(const Reader& reader, const qm::wstring& sect
         m_pBag->ReplaceWebsite(key, std::move(listed));
     }
 
-    if (const int32_t result = website->SetPort(reader.Resolved(section, u"Port", u"0"));
-        result != 0) {
-        return result;
-    }
-    if (const int32_t result = website->SetIPAddress(reader.Resolved(section, u"IPAddress", u""));
-        result != 0) {
-        return result;
-    }
-    if (const int32_t result =
-            website->SetHostHeaderName(reader.Resolved(section, u"HostHeaderName", u""));
-        result != 0) {
-        return result;
-    }
-    if (const int32_t result = website->SetSiteNumber(reader.Resolved(section, u"SiteNumber", u"0"));
+    static constexpr ResolvedField<CIISWebsiteProp> kFields[] = {
+        {u"Port", u"0", &CIISWebsiteProp::SetPort},
+        {u"IPAddress", u"", &CIISWebsiteProp::SetIPAddress},
+        {u"HostHeaderName", u"", &CIISWebsiteProp::SetHostHeaderName},
+        {u"SiteNumber", u"0", &CIISWebsiteProp::SetSiteNumber},
+    };
+    if (const int32_t result = SetResolvedFields(reader, section, *website, kFields);
         result != 0) {
         return result;
     }
@@ -400,15 +415,12 @@ int32_t CIISIniLoader::ReadAppMaps(const Reader& reader, CIISCommonProp& record,
         if (added != 0) {
             return added;
         }
-        if (const int32_t result = appMap->SetExtension(reader.Resolved(entry, u"Extension", u""));
-            result != 0) {
-            return result;
-        }
-        if (const int32_t result = appMap->SetExecPath(reader.Resolved(entry, u"ExecPath", u""));
-            result != 0) {
-            return result;
-        }
-        if (const int32_t result = appMap->SetVerb(reader.Resolved(entry, u"Verb", u""));
+        static constexpr ResolvedField<CIISVRootAppMapProp> kFields[] = {
+            {u"Extension", u"", &CIISVRootAppMapProp::SetExtension},
+            {u"ExecPath", u"", &CIISVRootAppMapProp::SetExecPath},
+            {u"Verb", u"", &CIISVRootAppMapProp::SetVerb},
+        };
+        if (const int32_t result = SetResolvedFields(reader, entry, *appMap, kFields);
             result != 0) {
             return result;
         }
@@ -428,12 +440,11 @@ int32_t CIISIniLoader::ReadMimeMaps(const Reader& reader, CIISCommonProp& record
                                         status::mime_map_count_empty, u"mm%d",
                                         status::mime_map_entry_missing};
     return ForEachListed(reader, section, kList, [&](const qm::wstring& entry) {
-        CIISMimeMapProp& mimeMap = *record.AddMimeMap().record;
-        if (const int32_t result = mimeMap.SetExtension(reader.Resolved(entry, u"Extension", u""));
-            result != 0) {
-            return result;
-        }
-        return mimeMap.SetType(reader.Resolved(entry, u"Type", u""));
+        static constexpr ResolvedField<CIISMimeMapProp> kFields[] = {
+            {u"Extension", u"", &CIISMimeMapProp::SetExtension},
+            {u"Type", u"", &CIISMimeMapProp::SetType},
+        };
+        return SetResolvedFields(reader, entry, *record.AddMimeMap().record, kFields);
     });
 }
 
@@ -477,16 +488,12 @@ int32_t CIISIniLoader::ReadWebServiceExtension(const Reader& reader, CIISCompone
     if (added != 0) {
         return added;
     }
-    if (const int32_t result = extension->SetFile(reader.Resolved(section, u"File", u"0"));
-        result != 0) {
-        return result;
-    }
-    if (const int32_t result =
-            extension->SetDescription(reader.Resolved(section, u"Description", u"0"));
-        result != 0) {
-        return result;
-    }
-    if (const int32_t result = extension->SetGroup(reader.Resolved(section, u"Group", u"0"));
+    static constexpr ResolvedField<CIISWebServiceExtensionProp> kFields[] = {
+        {u"File", u"0", &CIISWebServiceExtensionProp::SetFile},
+        {u"Description", u"0", &CIISWebServiceExtensionProp::SetDescription},
+        {u"Group", u"0", &CIISWebServiceExtensionProp::SetGroup},
+    };
+    if (const int32_t result = SetResolvedFields(reader, section, *extension, kFields);
         result != 0) {
         return result;
     }
