@@ -37,7 +37,8 @@ qm::wstring ProjectFile(int componentCount, SettingsEncoding encoding) {
     std::filesystem::create_directories(folder);
     const auto bytes = GenerateProject(componentCount).Bytes(encoding, LineEnding::CrLf);
     std::ofstream(folder / name, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
     return written[key] = u"C:\\Temp\\" + qm::widen_ascii(name);
 }
 
@@ -64,13 +65,16 @@ void Load(benchmark::State& state, SettingsEncoding encoding, bool withHost) {
         benchmark::DoNotOptimize(bag);
     }
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * components);
-    state.counters["file_bytes"] = static_cast<double>(
-        std::filesystem::file_size(Machine().path() / "drive_c" / "Temp" /
-                                   qm::to_utf8(path.substr(8))));
+    state.counters["file_bytes"] = static_cast<double>(std::filesystem::file_size(
+        Machine().path() / "drive_c" / "Temp" / qm::to_utf8(path.substr(8))));
 }
 
-void BM_LoadAnsi(benchmark::State& state) { Load(state, SettingsEncoding::Windows1252, false); }
-void BM_LoadUtf16(benchmark::State& state) { Load(state, SettingsEncoding::Utf16LeWithBom, false); }
+void BM_LoadAnsi(benchmark::State& state) {
+    Load(state, SettingsEncoding::Windows1252, false);
+}
+void BM_LoadUtf16(benchmark::State& state) {
+    Load(state, SettingsEncoding::Utf16LeWithBom, false);
+}
 void BM_LoadUtf16WithHost(benchmark::State& state) {
     Load(state, SettingsEncoding::Utf16LeWithBom, true);
 }

@@ -9,9 +9,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/sim/windows_1252.h"
 #include "settings/settings_file.h"
 #include "testing/generated_project.h"
-#include "platform/sim/windows_1252.h"
 
 namespace {
 

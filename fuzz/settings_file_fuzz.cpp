@@ -119,7 +119,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             Require(value.empty() ||
                     (value.back() != u' ' && value.back() != u'\t' && value.back() != u'\n'));
             const qm::wstring password = webrig::settings::DescramblePassword(value, ansi);
-            Require(password.size() <= (value.size() + 1) / 2);  // an odd last byte is a character too
+            Require(password.size() <=
+                    (value.size() + 1) / 2);  // an odd last byte is a character too
             Require(password.find(u'\0') == qm::wstring::npos);
             const qm::wstring rescrambled = webrig::settings::ScramblePassword(value, ansi);
             Require(webrig::settings::DescramblePassword(rescrambled, ansi) ==

@@ -31,7 +31,9 @@ WEBRIG_API int32_t WEBRIG_CALL QMIISInitialize(webrig_text settingsFile, uint32_
     }
 }
 
-WEBRIG_API int32_t WEBRIG_CALL QMIISUninitialize(void) { return Uninitialize(); }
+WEBRIG_API int32_t WEBRIG_CALL QMIISUninitialize(void) {
+    return Uninitialize();
+}
 
 WEBRIG_API int32_t WEBRIG_CALL QMIISComponentInstall(webrig_text component, void* operations) {
     try {

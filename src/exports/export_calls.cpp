@@ -35,8 +35,8 @@ int32_t Initialize(const qm::wstring& settingsFile, uint32_t hostContext) {
     }
 }
 
-int32_t InitializeOn(std::shared_ptr<platform::Platform> platform,
-                     const qm::wstring& settingsFile, uint32_t hostContext) {
+int32_t InitializeOn(std::shared_ptr<platform::Platform> platform, const qm::wstring& settingsFile,
+                     uint32_t hostContext) {
     try {
         CIISProRuntime& runtime =
             ReplaceRuntime(std::make_unique<CIISProRuntime>(std::move(platform)));

@@ -13,8 +13,7 @@ int32_t CIISProRuntime::Initialize(CIISLoader& loader, std::unique_ptr<IIISEvent
     return loader.Load(propertyBag);
 }
 
-int32_t CIISProRuntime::CheckForContinue(const qm::wstring& component,
-                                         int32_t continueWithoutIIS) {
+int32_t CIISProRuntime::CheckForContinue(const qm::wstring& component, int32_t continueWithoutIIS) {
     const uint32_t version = webrig::services::ReadIisMajorVersion(m_platform->registry());
     propertyBag.iisMajorVersion = static_cast<int32_t>(version);
     if (version < 4) {
@@ -42,4 +41,6 @@ bool CIISProRuntime::ComponentHasIISItems(const qm::wstring& component) {
     return poolsExist && (!record.appPools.empty() || !record.webServiceExtensions.empty());
 }
 
-void CIISProRuntime::Log(const qm::wstring& text) { webrig::host::LogLine(eventSink.get(), text); }
+void CIISProRuntime::Log(const qm::wstring& text) {
+    webrig::host::LogLine(eventSink.get(), text);
+}

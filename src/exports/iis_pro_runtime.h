@@ -11,7 +11,7 @@
 #include "settings/iis_property_bag.h"
 
 class CIISProRuntime final {
-public:
+  public:
     explicit CIISProRuntime(std::shared_ptr<webrig::platform::Platform> platform);
     CIISProRuntime(const CIISProRuntime&) = delete;
     CIISProRuntime& operator=(const CIISProRuntime&) = delete;
@@ -38,6 +38,6 @@ public:
     uint32_t hostContext = 0;
     std::set<qm::wstring> installedComponents;
 
-private:
+  private:
     std::shared_ptr<webrig::platform::Platform> m_platform;
 };

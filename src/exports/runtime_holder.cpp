@@ -11,13 +11,17 @@ std::unique_ptr<CIISProRuntime>& Holder() {
 
 }  // namespace
 
-CIISProRuntime* CurrentRuntime() noexcept { return Holder().get(); }
+CIISProRuntime* CurrentRuntime() noexcept {
+    return Holder().get();
+}
 
 CIISProRuntime& ReplaceRuntime(std::unique_ptr<CIISProRuntime> runtime) {
     Holder() = std::move(runtime);
     return *Holder();
 }
 
-void ReleaseRuntime() noexcept { Holder().reset(); }
+void ReleaseRuntime() noexcept {
+    Holder().reset();
+}
 
 }  // namespace webrig::exports

@@ -34,7 +34,7 @@ using TextSubstituteFunction = int32_t(WEBRIG_HOST_CALL*)(uint32_t hostContext,
 
 // Information about a component's files: 0 on success, with `*result` set.
 using ComponentFileInfoFunction = int32_t(WEBRIG_HOST_CALL*)(
-    uint32_t hostContext, const char16_t* media, const char16_t* feature,
-    const char16_t* component, uint32_t selector, uint32_t* result, uint32_t reserved);
+    uint32_t hostContext, const char16_t* media, const char16_t* feature, const char16_t* component,
+    uint32_t selector, uint32_t* result, uint32_t reserved);
 
 }  // namespace webrig::host

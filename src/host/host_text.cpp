@@ -23,8 +23,8 @@ qm::wstring HostText::LoadHostString(const qm::wstring& key) {
         return key;
     }
     std::vector<char16_t> buffer(kFirstBufferCapacity, u'\0');
-    int32_t result = loadString(m_hostContext, key.c_str(), buffer.data(),
-                                static_cast<uint32_t>(buffer.size()));
+    int32_t result =
+        loadString(m_hostContext, key.c_str(), buffer.data(), static_cast<uint32_t>(buffer.size()));
     if (result > 0) {
         const auto needed = static_cast<uint32_t>(result) + 1;
         if (needed > kLargestHostString) {

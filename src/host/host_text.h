@@ -10,7 +10,7 @@
 namespace webrig::host {
 
 class HostText {
-public:
+  public:
     HostText(platform::Platform& platform, platform::ModuleHandle hostModule, uint32_t hostContext)
         : m_platform(platform), m_hostModule(hostModule), m_hostContext(hostContext) {}
 
@@ -30,7 +30,7 @@ public:
     static constexpr uint32_t kLargestHostString = 1u << 24;
     static constexpr uint32_t kFirstBufferCapacity = 260;
 
-private:
+  private:
     platform::ProcAddress Find(const char* name);
 
     platform::Platform& m_platform;

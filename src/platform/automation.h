@@ -11,7 +11,7 @@ namespace webrig::platform {
 using Bstr = char16_t*;
 
 class Automation {
-public:
+  public:
     virtual ~Automation() = default;
 
     // SysAllocStringLen: nullptr when memory cannot be had.

@@ -7,7 +7,7 @@
 namespace webrig::platform {
 
 class Clock {
-public:
+  public:
     virtual ~Clock() = default;
 
     // GetTickCount: milliseconds since the machine started, wrapping at 2^32.

@@ -10,7 +10,7 @@
 namespace webrig::platform {
 
 class AnsiCodePage {
-public:
+  public:
     virtual ~AnsiCodePage() = default;
 
     // The code page number, e.g. 1252.

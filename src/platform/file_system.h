@@ -10,7 +10,7 @@
 namespace webrig::platform {
 
 class FileSystem {
-public:
+  public:
     virtual ~FileSystem() = default;
 
     // PathFileExistsW: a file or a folder exists at the path.

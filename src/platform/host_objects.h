@@ -13,14 +13,14 @@ namespace webrig::platform {
 
 // Receives the records of what an installation did, so that the host can undo it later.
 class IOperationRecorder {
-public:
+  public:
     virtual ~IOperationRecorder() = default;
     // One record: a list of texts (webrig sends the event name and the item name).
     virtual qm::hresult RecordOperation(std::span<const qm::wstring> record) = 0;
 };
 
 class IHostOperationSource {
-public:
+  public:
     virtual ~IHostOperationSource() = default;
     // The recorder for one type of operation ("OPTYPE_GENERAL").
     virtual qm::hresult GetOperationRecorder(qm::wstring_view operationType,
@@ -28,7 +28,7 @@ public:
 };
 
 class HostObjects {
-public:
+  public:
     virtual ~HostObjects() = default;
     // Reads the operation source out of the `operations` argument of QMIISComponentInstall.
     // Fails with the HRESULT of the failed step (hr::pointer for a null argument).

@@ -16,7 +16,7 @@ inline constexpr ModuleHandle kNoModule{0};
 using ProcAddress = void (*)();
 
 class ModuleLookup {
-public:
+  public:
     virtual ~ModuleLookup() = default;
 
     // GetModuleHandleW: a module already loaded, by file name or by full path (without regard to

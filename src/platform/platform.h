@@ -15,7 +15,7 @@
 namespace webrig::platform {
 
 class Platform {
-public:
+  public:
     virtual ~Platform() = default;
 
     virtual Registry& registry() = 0;

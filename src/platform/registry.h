@@ -65,7 +65,7 @@ struct RegValue {
 };
 
 class Registry {
-public:
+  public:
     virtual ~Registry() = default;
 
     // RegOpenKeyExW. An empty sub-key opens the parent again.
@@ -92,7 +92,7 @@ public:
 
 // Closes its key on every path out of the scope that opened it.
 class ScopedRegKey {
-public:
+  public:
     explicit ScopedRegKey(Registry& registry) noexcept : m_registry(&registry) {}
     ~ScopedRegKey() { reset(); }
     ScopedRegKey(const ScopedRegKey&) = delete;
@@ -111,7 +111,7 @@ public:
         }
     }
 
-private:
+  private:
     Registry* m_registry;
     RegKey m_key = kNoKey;
 };

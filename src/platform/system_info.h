@@ -24,7 +24,7 @@ enum class ProcessorArchitecture : uint16_t {
 };
 
 class SystemInfo {
-public:
+  public:
     virtual ~SystemInfo() = default;
 
     // GetWindowsDirectoryW, e.g. "C:\Windows".

@@ -4,7 +4,8 @@ namespace webrig::services {
 
 uint32_t ReadIisMajorVersion(platform::Registry& registry) {
     platform::ScopedRegKey key(registry);
-    if (registry.OpenKey(platform::kLocalMachine, u"SYSTEM\\CurrentControlSet\\Services\\W3SVC\\Parameters",
+    if (registry.OpenKey(platform::kLocalMachine,
+                         u"SYSTEM\\CurrentControlSet\\Services\\W3SVC\\Parameters",
                          platform::key_access::read, key.receive()) != qm::win32::success) {
         return 0;
     }

@@ -6,15 +6,18 @@
 // An application pool of a component. Its numbers start at -1, "not given"; the loader then
 // stores the file's value (0 when the key is absent).
 class CIISAppPoolProp final {
-public:
+  public:
     virtual int32_t SetKey(qm::wstring value) {  // 0
-        return webrig::settings::StoreNonEmptyText(Key, std::move(value), qm::status::app_pool_key_empty);
+        return webrig::settings::StoreNonEmptyText(Key, std::move(value),
+                                                   qm::status::app_pool_key_empty);
     }
     virtual int32_t SetName(qm::wstring value) {
-        return webrig::settings::StoreNonEmptyText(Name, std::move(value), qm::status::app_pool_name_empty);
+        return webrig::settings::StoreNonEmptyText(Name, std::move(value),
+                                                   qm::status::app_pool_name_empty);
     }
     virtual int32_t SetExtra(qm::wstring value) {
-        return webrig::settings::StoreNonEmptyText(Extra, std::move(value), qm::status::app_pool_extra_empty);
+        return webrig::settings::StoreNonEmptyText(Extra, std::move(value),
+                                                   qm::status::app_pool_extra_empty);
     }
     virtual int32_t SetUser(qm::wstring value) {  // 3
         return webrig::settings::StoreText(User, std::move(value));

@@ -18,7 +18,9 @@ int32_t CIISCommonProp::SetDisplayName(qm::wstring value) {
 int32_t CIISCommonProp::SetRootDir(qm::wstring value) {
     return StoreNonEmptyText(RootDir, std::move(value), qm::status::root_dir_empty);
 }
-int32_t CIISCommonProp::SetDefDoc(qm::wstring value) { return StoreText(DefDoc, std::move(value)); }
+int32_t CIISCommonProp::SetDefDoc(qm::wstring value) {
+    return StoreText(DefDoc, std::move(value));
+}
 int32_t CIISCommonProp::SetAnonyUserName(qm::wstring value) {
     return StoreText(AnonyUserName, std::move(value));
 }
@@ -28,14 +30,18 @@ int32_t CIISCommonProp::SetAnonyPasswrd(qm::wstring value) {
 int32_t CIISCommonProp::SetCustomErrors(qm::wstring value) {
     return StoreText(CustomErrors, std::move(value));
 }
-int32_t CIISCommonProp::SetAppName(qm::wstring value) { return StoreText(AppName, std::move(value)); }
+int32_t CIISCommonProp::SetAppName(qm::wstring value) {
+    return StoreText(AppName, std::move(value));
+}
 int32_t CIISCommonProp::SetAspversion(qm::wstring value) {
     return StoreText(Aspversion, std::move(value));
 }
 int32_t CIISCommonProp::SetSSLCertPath(qm::wstring value) {
     return StoreText(SSLCertPath, std::move(value));
 }
-int32_t CIISCommonProp::SetAppPool(qm::wstring value) { return StoreText(AppPool, std::move(value)); }
+int32_t CIISCommonProp::SetAppPool(qm::wstring value) {
+    return StoreText(AppPool, std::move(value));
+}
 int32_t CIISCommonProp::SetSslPassword(qm::wstring value) {
     return StoreText(SslPassword, std::move(value));
 }

@@ -13,7 +13,7 @@
 #include "settings/record_text.h"
 
 class CIISCommonProp {
-public:
+  public:
     CIISCommonProp(const CIISCommonProp&) = delete;
     CIISCommonProp& operator=(const CIISCommonProp&) = delete;
 
@@ -68,7 +68,7 @@ public:
     std::vector<std::unique_ptr<CIISMimeMapProp>> mimeMaps;
     std::vector<std::unique_ptr<CIISMetaDataProp>> metaDataProps;
 
-protected:
+  protected:
     CIISCommonProp() = default;
     // Records are destroyed as their concrete type, never through this base.
     ~CIISCommonProp() = default;

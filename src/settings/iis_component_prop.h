@@ -13,7 +13,7 @@
 #include "support/status_codes.h"
 
 class CIISComponentProp final {
-public:
+  public:
     CIISComponentProp() = default;
     CIISComponentProp(const CIISComponentProp&) = delete;
     CIISComponentProp& operator=(const CIISComponentProp&) = delete;

@@ -51,7 +51,9 @@ constexpr std::array<const char16_t*, 21> kProgressIdentifiers = {
     u"PROGMSG_IIS_CREATEWEBSITES",
 };
 
-qm::wstring Numbered(const char16_t* format, int32_t index) { return qm::format(format, index); }
+qm::wstring Numbered(const char16_t* format, int32_t index) {
+    return qm::format(format, index);
+}
 
 // A list inside a section: a count, then the entries "<prefix>1".."<prefix><count>", each naming
 // the section of one list item.
@@ -73,8 +75,8 @@ struct ResolvedField {
 
 // Reads the fields in order; the first setter that refuses its text ends the reading.
 template <class Record, size_t Count>
-int32_t SetResolvedFields(const SettingsReader& reader, const qm::wstring& section,
-                          Record& record, const ResolvedField<Record> (&fields)[Count]) {
+int32_t SetResolvedFields(const SettingsReader& reader, const qm::wstring& section, Record& record,
+                          const ResolvedField<Record> (&fields)[Count]) {
     for (const ResolvedField<Record>& field : fields) {
         if (const int32_t result =
                 (record.*field.set)(reader.Resolved(section, field.name, field.fallback));
@@ -276,8 +278,7 @@ int32_t CIISIniLoader::ReadWebsite(const Reader& reader, const qm::wstring& sect
         {u"HostHeaderName", u"", &CIISWebsiteProp::SetHostHeaderName},
         {u"SiteNumber", u"0", &CIISWebsiteProp::SetSiteNumber},
     };
-    if (const int32_t result = SetResolvedFields(reader, section, *website, kFields);
-        result != 0) {
+    if (const int32_t result = SetResolvedFields(reader, section, *website, kFields); result != 0) {
         return result;
     }
     if (const int32_t result = website->SetSiteNumberProperty(

@@ -11,14 +11,14 @@
 #include "settings/settings_reader.h"
 
 class CIISIniLoader : public CIISLoader {
-public:
+  public:
     int32_t Load(CIISPropertyBag& bag) override;
 
     // A settings file larger than this is refused like one that cannot be read: a 32-bit process
     // could not hold it together with its decoded text.
     static constexpr uint64_t kLargestSettingsFile = uint64_t{256} << 20;
 
-protected:
+  protected:
     CIISIniLoader(webrig::platform::Platform& platform, qm::wstring settingsFile,
                   webrig::platform::ModuleHandle hostModule, uint32_t hostContext)
         : m_sSettingsFile(std::move(settingsFile)),
@@ -33,7 +33,7 @@ protected:
     webrig::platform::ModuleHandle m_hHostModule;
     uint32_t m_hostContext;
 
-private:
+  private:
     using Reader = webrig::settings::SettingsReader;
     using ItemReader = int32_t (CIISIniLoader::*)(const Reader&, CIISComponentProp&,
                                                   const qm::wstring&);
@@ -52,14 +52,16 @@ private:
     int32_t ReadItemList(const Reader& reader, const qm::wstring& component, const ItemList& list);
     int32_t ReadComponentWebsite(const Reader& reader, CIISComponentProp& component,
                                  const qm::wstring& section);
-    int32_t ReadVRoot(const Reader& reader, CIISComponentProp& component, const qm::wstring& section);
+    int32_t ReadVRoot(const Reader& reader, CIISComponentProp& component,
+                      const qm::wstring& section);
     int32_t ReadWebsite(const Reader& reader, const qm::wstring& section, CIISVRootProp* vroot,
                         CIISComponentProp* component);
     int32_t ReadCommon(const Reader& reader, CIISCommonProp& record, const qm::wstring& section);
     int32_t ReadMetaData(const Reader& reader, CIISCommonProp& record, const qm::wstring& section);
     int32_t ReadAppMaps(const Reader& reader, CIISCommonProp& record, const qm::wstring& section);
     int32_t ReadMimeMaps(const Reader& reader, CIISCommonProp& record, const qm::wstring& section);
-    int32_t ReadAppPool(const Reader& reader, CIISComponentProp& component, const qm::wstring& section);
+    int32_t ReadAppPool(const Reader& reader, CIISComponentProp& component,
+                        const qm::wstring& section);
     int32_t ReadWebServiceExtension(const Reader& reader, CIISComponentProp& component,
                                     const qm::wstring& section);
     int32_t ReadProgressMessages(const Reader& reader);

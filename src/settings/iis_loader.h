@@ -8,7 +8,7 @@
 class CIISPropertyBag;
 
 class CIISLoader {
-public:
+  public:
     // Fills `bag`; 0 on success, otherwise the status of the first failed step.
     virtual int32_t Load(CIISPropertyBag& bag) = 0;
     // Resolve a text value, a root directory and a certificate path through the host engine.

@@ -5,7 +5,7 @@
 
 // One metabase property given by number, applied to a virtual directory or website as it stands.
 class CIISMetaDataProp final {
-public:
+  public:
     virtual int32_t SetValue(qm::wstring value) {
         return webrig::settings::StoreNonEmptyText(Value, std::move(value),
                                                    qm::status::metadata_value_empty);

@@ -6,7 +6,7 @@
 #include "settings/iis_ini_loader.h"
 
 class CIISProIniLoader final : public CIISIniLoader {
-public:
+  public:
     // `hostModule` is the already-loaded host engine module (kNoModule when it is not loaded).
     CIISProIniLoader(webrig::platform::Platform& platform, qm::wstring settingsFile,
                      webrig::platform::ModuleHandle hostModule, uint32_t hostContext)
@@ -22,6 +22,6 @@ public:
     qm::wstring ResolveCertPath(qm::wstring value) override;
     virtual qm::wstring SubstituteHostText(const qm::wstring& text);
 
-private:
+  private:
     webrig::host::HostText m_hostText;
 };

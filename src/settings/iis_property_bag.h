@@ -11,7 +11,7 @@
 #include "settings/record_text.h"
 
 class CIISPropertyBag final {
-public:
+  public:
     CIISPropertyBag() = default;
     CIISPropertyBag(const CIISPropertyBag&) = delete;
     CIISPropertyBag& operator=(const CIISPropertyBag&) = delete;

@@ -5,9 +5,10 @@
 
 // One application (script) map entry of a virtual directory or website.
 class CIISVRootAppMapProp final {
-public:
+  public:
     virtual int32_t SetKey(qm::wstring value) {
-        return webrig::settings::StoreNonEmptyText(Key, std::move(value), qm::status::app_map_key_empty);
+        return webrig::settings::StoreNonEmptyText(Key, std::move(value),
+                                                   qm::status::app_map_key_empty);
     }
     virtual int32_t SetExtension(qm::wstring value) {
         return webrig::settings::StoreNonEmptyText(Extension, std::move(value),
@@ -18,7 +19,8 @@ public:
                                                    qm::status::app_map_exec_path_empty);
     }
     virtual int32_t SetVerb(qm::wstring value) {
-        return webrig::settings::StoreNonEmptyText(Verb, std::move(value), qm::status::app_map_verb_empty);
+        return webrig::settings::StoreNonEmptyText(Verb, std::move(value),
+                                                   qm::status::app_map_verb_empty);
     }
 
     qm::wstring Key;

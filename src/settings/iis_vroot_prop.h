@@ -5,7 +5,7 @@
 
 // A virtual directory or application of a component.
 class CIISVRootProp final : public CIISCommonProp {
-public:
+  public:
     // A virtual directory must have a display name.
     int32_t SetDisplayName(qm::wstring value) override {
         return webrig::settings::StoreNonEmptyText(DisplayName, std::move(value),

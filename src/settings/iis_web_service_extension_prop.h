@@ -5,16 +5,18 @@
 
 // A web service extension (an ISAPI or CGI file allowed or forbidden to run) of a component.
 class CIISWebServiceExtensionProp final {
-public:
+  public:
     virtual int32_t SetKey(qm::wstring value) {  // 0
-        return webrig::settings::StoreNonEmptyText(Key, std::move(value), qm::status::extension_key_empty);
+        return webrig::settings::StoreNonEmptyText(Key, std::move(value),
+                                                   qm::status::extension_key_empty);
     }
     virtual int32_t SetExtra(qm::wstring value) {
         return webrig::settings::StoreNonEmptyText(Extra, std::move(value),
                                                    qm::status::extension_extra_empty);
     }
     virtual int32_t SetFile(qm::wstring value) {
-        return webrig::settings::StoreNonEmptyText(File, std::move(value), qm::status::extension_file_empty);
+        return webrig::settings::StoreNonEmptyText(File, std::move(value),
+                                                   qm::status::extension_file_empty);
     }
     virtual int32_t SetDescription(qm::wstring value) {
         return webrig::settings::StoreNonEmptyText(Description, std::move(value),

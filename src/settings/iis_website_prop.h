@@ -5,7 +5,7 @@
 
 // A website, listed by a component or named as a virtual directory's parent.
 class CIISWebsiteProp final : public CIISCommonProp {
-public:
+  public:
     virtual int32_t SetPort(qm::wstring value) {  // 16
         return webrig::settings::StoreNonEmptyText(Port, std::move(value),
                                                    qm::status::website_port_empty);

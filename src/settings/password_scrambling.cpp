@@ -37,9 +37,10 @@ qm::wstring DescramblePassword(qm::wstring_view fileText, platform::AnsiCodePage
     for (size_t i = 0; i < fileText.size(); i += 2) {
         const uint8_t low = Descramble(static_cast<uint8_t>(fileText[i]), KeyByte(key, i));
         // A last byte without its partner is read with the zero that ends the byte buffer.
-        const uint8_t high = i + 1 < fileText.size()
-                                 ? Descramble(static_cast<uint8_t>(fileText[i + 1]), KeyByte(key, i + 1))
-                                 : uint8_t{0};
+        const uint8_t high =
+            i + 1 < fileText.size()
+                ? Descramble(static_cast<uint8_t>(fileText[i + 1]), KeyByte(key, i + 1))
+                : uint8_t{0};
         const auto character = static_cast<char16_t>(low | high << 8);
         if (character == u'\0') {
             break;

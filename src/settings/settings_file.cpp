@@ -148,9 +148,9 @@ void SettingsFile::AddLine(uint32_t begin, uint32_t end) {
     while (nameEnd != begin && IsTrimmed(text[nameEnd - 1])) {
         --nameEnd;
     }
-    m_entries.push_back(Entry{TextRange{begin, nameEnd - begin},
-                              TextRange{equalsAt + 1, end - equalsAt - 1},
-                              static_cast<uint32_t>(NameHash(qm::wstring_view(text + begin, nameEnd - begin)))});
+    m_entries.push_back(
+        Entry{TextRange{begin, nameEnd - begin}, TextRange{equalsAt + 1, end - equalsAt - 1},
+              static_cast<uint32_t>(NameHash(qm::wstring_view(text + begin, nameEnd - begin)))});
     ++m_sections.back().entryCount;
 }
 

@@ -11,7 +11,7 @@
 namespace webrig::settings {
 
 class SettingsReader {
-public:
+  public:
     // Reading limits in characters, the terminating zero included.
     static constexpr size_t kNumberLimit = 20;
     static constexpr size_t kNameLimit = 260;
@@ -36,7 +36,7 @@ public:
     bool HasSection(qm::wstring_view section) const { return m_file.HasSection(section); }
     const SettingsFile& file() const { return m_file; }
 
-private:
+  private:
     const SettingsFile& m_file;
     CIISLoader& m_resolver;
     platform::AnsiCodePage& m_ansi;

@@ -32,31 +32,55 @@ char16_t to_upper(char16_t c) noexcept {
         return (c % 2 == 1) ? static_cast<char16_t>(c - 1) : c;
     }
     switch (c) {
-        case 0x3C2: return 0x3A3;  // final sigma
-        case 0x3AC: return 0x386;
-        case 0x3AD: return 0x388;
-        case 0x3AE: return 0x389;
-        case 0x3AF: return 0x38A;
-        case 0x3CC: return 0x38C;
-        case 0x3CD: return 0x38E;
-        case 0x3CE: return 0x38F;
+        case 0x3C2:
+            return 0x3A3;  // final sigma
+        case 0x3AC:
+            return 0x386;
+        case 0x3AD:
+            return 0x388;
+        case 0x3AE:
+            return 0x389;
+        case 0x3AF:
+            return 0x38A;
+        case 0x3CC:
+            return 0x38C;
+        case 0x3CD:
+            return 0x38E;
+        case 0x3CE:
+            return 0x38F;
         // Symbol forms of letters take the capital of the letter.
-        case 0x3D0: return 0x392;
-        case 0x3D1: return 0x398;
-        case 0x3D5: return 0x3A6;
-        case 0x3D6: return 0x3A0;
-        case 0x3D7: return 0x3CF;
-        case 0x3F0: return 0x39A;
-        case 0x3F1: return 0x3A1;
-        case 0x3F2: return 0x3F9;  // lunate sigma
-        case 0x3F3: return 0x37F;
-        case 0x3F5: return 0x395;
-        case 0x3F8: return 0x3F7;
-        case 0x3FB: return 0x3FA;
-        case 0x37B: return 0x3FD;
-        case 0x37C: return 0x3FE;
-        case 0x37D: return 0x3FF;
-        default: break;
+        case 0x3D0:
+            return 0x392;
+        case 0x3D1:
+            return 0x398;
+        case 0x3D5:
+            return 0x3A6;
+        case 0x3D6:
+            return 0x3A0;
+        case 0x3D7:
+            return 0x3CF;
+        case 0x3F0:
+            return 0x39A;
+        case 0x3F1:
+            return 0x3A1;
+        case 0x3F2:
+            return 0x3F9;  // lunate sigma
+        case 0x3F3:
+            return 0x37F;
+        case 0x3F5:
+            return 0x395;
+        case 0x3F8:
+            return 0x3F7;
+        case 0x3FB:
+            return 0x3FA;
+        case 0x37B:
+            return 0x3FD;
+        case 0x37C:
+            return 0x3FE;
+        case 0x37D:
+            return 0x3FF;
+        default:
+            break;
     }
     // Cyrillic.
     if (c >= 0x430 && c <= 0x44F) {
@@ -84,8 +108,7 @@ char16_t to_upper(char16_t c) noexcept {
 
 wstring to_upper(wstring_view text) {
     wstring out(text);
-    std::transform(out.begin(), out.end(), out.begin(),
-                   [](char16_t c) { return to_upper(c); });
+    std::transform(out.begin(), out.end(), out.begin(), [](char16_t c) { return to_upper(c); });
     return out;
 }
 

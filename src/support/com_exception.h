@@ -11,7 +11,7 @@
 namespace qm {
 
 class com_exception : public std::exception {
-public:
+  public:
     // `description` and `source` are the texts of the thread's error information, when any.
     explicit com_exception(hresult error, wstring description = {}, wstring source = {});
 
@@ -20,7 +20,7 @@ public:
     const wstring& source() const noexcept { return m_source; }
     const char* what() const noexcept override { return m_what.c_str(); }
 
-private:
+  private:
     hresult m_error;
     wstring m_description;
     wstring m_source;
@@ -29,7 +29,7 @@ private:
 
 // A SAFEARRAY could not be created.
 class safe_array_exception : public com_exception {
-public:
+  public:
     safe_array_exception();
 };
 

@@ -27,7 +27,9 @@ struct directive {
     char16_t conversion = 0;
 };
 
-bool is_digit(char16_t c) { return c >= u'0' && c <= u'9'; }
+bool is_digit(char16_t c) {
+    return c >= u'0' && c <= u'9';
+}
 
 // Widths and precisions beyond this are taken as this: a settings text must not be able to ask
 // for gigabytes of padding.
@@ -86,7 +88,9 @@ bool parse_directive(wstring_view text, size_t& pos, directive& out) {
     return true;
 }
 
-void pad(wstring& out, size_t count, char16_t fill) { out.append(count, fill); }
+void pad(wstring& out, size_t count, char16_t fill) {
+    out.append(count, fill);
+}
 
 void emit_padded(wstring& out, const directive& s, wstring_view body) {
     const size_t padding = s.width > body.size() ? s.width - body.size() : 0;
@@ -117,8 +121,8 @@ void emit_integer(wstring& out, const directive& s, const format_arg& arg) {
         case u'd':
         case u'i': {
             const int64_t value = arg.as_signed();
-            const uint64_t magnitude =
-                value < 0 ? uint64_t{0} - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+            const uint64_t magnitude = value < 0 ? uint64_t{0} - static_cast<uint64_t>(value)
+                                                 : static_cast<uint64_t>(value);
             digits = digits_of(magnitude, 10, false);
             if (value < 0) {
                 sign.push_back(u'-');

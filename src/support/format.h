@@ -20,18 +20,18 @@
 namespace qm {
 
 class format_arg {
-public:
+  public:
     enum class kind { signed_integer, unsigned_integer, text };
 
     template <std::integral T>
-        requires(!std::same_as<T, bool> && !std::same_as<T, char>)
-    format_arg(T value) noexcept  // NOLINT(google-explicit-constructor): used implicitly
+    requires(!std::same_as<T, bool> && !std::same_as<T, char>) format_arg(T value)
+    noexcept  // NOLINT(google-explicit-constructor): used implicitly
         : m_kind(std::is_signed_v<T> ? kind::signed_integer : kind::unsigned_integer),
           m_bits(static_cast<uint64_t>(value)),
           m_size(sizeof(T) > 4 ? 8 : 4) {}
-    format_arg(wstring_view text) noexcept : m_kind(kind::text), m_text(text) {}  // NOLINT
+    format_arg(wstring_view text) noexcept : m_kind(kind::text), m_text(text) {}    // NOLINT
     format_arg(const wstring& text) noexcept : m_kind(kind::text), m_text(text) {}  // NOLINT
-    format_arg(const char16_t* text) noexcept  // NOLINT
+    format_arg(const char16_t* text) noexcept                                       // NOLINT
         : m_kind(kind::text), m_text(text != nullptr ? wstring_view(text) : wstring_view()) {}
 
     kind type() const noexcept { return m_kind; }
@@ -40,7 +40,7 @@ public:
     uint64_t as_unsigned() const noexcept;
     wstring_view text() const noexcept { return m_text; }
 
-private:
+  private:
     kind m_kind;
     uint64_t m_bits = 0;
     unsigned m_size = 0;

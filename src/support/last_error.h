@@ -14,13 +14,13 @@ uint32_t get_last_error() noexcept;
 void set_last_error(uint32_t error) noexcept;
 
 class last_error_guard {
-public:
+  public:
     last_error_guard() noexcept : m_saved(get_last_error()) {}
     ~last_error_guard() { set_last_error(m_saved); }
     last_error_guard(const last_error_guard&) = delete;
     last_error_guard& operator=(const last_error_guard&) = delete;
 
-private:
+  private:
     uint32_t m_saved;
 };
 

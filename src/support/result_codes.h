@@ -8,8 +8,12 @@ namespace qm {
 
 using hresult = int32_t;
 
-constexpr bool failed(hresult hr) noexcept { return hr < 0; }
-constexpr bool succeeded(hresult hr) noexcept { return hr >= 0; }
+constexpr bool failed(hresult hr) noexcept {
+    return hr < 0;
+}
+constexpr bool succeeded(hresult hr) noexcept {
+    return hr >= 0;
+}
 
 // HRESULT_FROM_WIN32.
 constexpr hresult hresult_from_win32(uint32_t error) noexcept {

@@ -13,7 +13,9 @@ constexpr status_info kStatuses[] = {
 
 }  // namespace
 
-std::span<const status_info> all_statuses() noexcept { return kStatuses; }
+std::span<const status_info> all_statuses() noexcept {
+    return kStatuses;
+}
 
 const status_info* find_status(int32_t code) noexcept {
     for (const status_info& info : kStatuses) {

@@ -48,8 +48,8 @@ TEST_P(CheckForContinueTest, JudgesTheComponentByTheInstalledIis) {
         }
     }
 
-    CIISProRuntime runtime(std::shared_ptr<webrig::platform::Platform>(
-        webrig::sim::Machine::Open(temp.path())));
+    CIISProRuntime runtime(
+        std::shared_ptr<webrig::platform::Platform>(webrig::sim::Machine::Open(temp.path())));
     CIISPropertyBag& bag = runtime.propertyBag;
     bag.GetOrAddComponent(u"Web").record->AddVRoot(u"Root");
     bag.GetOrAddComponent(u"Pool").record->AddAppPool(u"Pool");
@@ -68,9 +68,24 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Case{"no IIS, virtual directory", Registry::no_key, {}, kServer2019, u"Web", 0, -1, 1, 0},
         Case{"no IIS, may go on without", Registry::no_key, {}, kServer2019, u"Web", 1, 0, 1, 0},
-        Case{"no IIS, key without value", Registry::key_without_value, {}, kServer2019, u"Web", 0,
-             -1, 1, 0},
-        Case{"no IIS, websites do not count", Registry::no_key, {}, kServer2019, u"Site", 0, 0, 0, 0},
+        Case{"no IIS, key without value",
+             Registry::key_without_value,
+             {},
+             kServer2019,
+             u"Web",
+             0,
+             -1,
+             1,
+             0},
+        Case{"no IIS, websites do not count",
+             Registry::no_key,
+             {},
+             kServer2019,
+             u"Site",
+             0,
+             0,
+             0,
+             0},
         Case{"no IIS, unknown component", Registry::no_key, {}, kServer2019, u"Nope", 0, 0, 0, 0},
         Case{"no IIS, empty component", Registry::no_key, {}, kServer2019, u"Empty", 0, 0, 0, 0},
         Case{"no IIS, name differs in case", Registry::no_key, {}, kServer2019, u"web", 0, 0, 0, 0},
@@ -79,8 +94,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"IIS 10", Registry::value, RegValue::Dword(10), kServer2019, u"Web", 0, 0, 0, 10},
         Case{"version compared unsigned", Registry::value, RegValue::Dword(0xFFFFFFFFu),
              kServer2019, u"Web", 0, 0, 0, -1},
-        Case{"version as text is no version", Registry::value, RegValue::String(u"10"),
-             kServer2019, u"Web", 0, -1, 1, 0},
+        Case{"version as text is no version", Registry::value, RegValue::String(u"10"), kServer2019,
+             u"Web", 0, -1, 1, 0},
         Case{"pool on XP is no IIS item", Registry::no_key, {}, kXp, u"Pool", 0, 0, 0, 0},
         Case{"pool on Server 2003", Registry::no_key, {}, kServer2003, u"Pool", 0, -1, 1, 0},
         Case{"extension on Vista", Registry::no_key, {}, kVista, u"Ext", 0, -1, 1, 0},

@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 class ExportCallsTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override { ReleaseRuntime(); }
     void TearDown() override { ReleaseRuntime(); }
 

@@ -24,12 +24,13 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(DirectoryCase{u"C:\\Temp\\Setup\\webrig.dll", u"C:\\Temp\\Setup"},
                       DirectoryCase{u"C:\\webrig.dll", u"C:"},
                       DirectoryCase{u"\\\\server\\share\\webrig.dll", u"\\\\server\\share"},
-                      DirectoryCase{u"\\\\server\\share\\dir\\webrig.dll", u"\\\\server\\share\\dir"},
+                      DirectoryCase{u"\\\\server\\share\\dir\\webrig.dll",
+                                    u"\\\\server\\share\\dir"},
                       DirectoryCase{u"\\\\server\\share", u"\\\\server\\share"},
                       DirectoryCase{u"webrig.dll", u""}));
 
 class ComponentFileInfoTest : public ::testing::Test {
-protected:
+  protected:
     testing::TempMachine temp;
     sim::Machine& machine = temp.machine();
 };

@@ -9,7 +9,7 @@ namespace webrig::host {
 namespace {
 
 class HostTextTest : public ::testing::Test {
-protected:
+  protected:
     testing::TempMachine temp;
     sim::Machine& machine = temp.machine();
 };

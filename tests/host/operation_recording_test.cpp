@@ -10,7 +10,7 @@ namespace webrig::host {
 namespace {
 
 class OperationRecordingTest : public ::testing::Test {
-protected:
+  protected:
     testing::TempMachine temp;
     platform::HostObjects& hostObjects = temp.machine().hostObjects();
     testing::RecordingOperationSource source;
@@ -55,7 +55,8 @@ TEST_F(OperationRecordingTest, NothingIsRecordedWhenSuppressedOrWithoutARecorder
 TEST_F(OperationRecordingTest, ARecorderThatRefusesRaisesItsError) {
     source.recorder->failWith = qm::hr::fail;
     EXPECT_EQ(ErrorOf([&] {
-                  RecordItemCreated(source.recorder.get(), false, kWebServiceExtensionCreated, u"X");
+                  RecordItemCreated(source.recorder.get(), false, kWebServiceExtensionCreated,
+                                    u"X");
               }),
               qm::hr::fail);
 }

@@ -51,9 +51,10 @@ TEST(ProgressMessageTest, AFailureIsLoggedWithTheIdentifierAndTheInsertion) {
     sink.throwOnProgress = true;
     Table table{{u"PROGMSG_IIS_REMOVESITE", u"Removing %s"}};
     EXPECT_EQ(ProgressMessage(&sink, table, u"PROGMSG_IIS_REMOVESITE", u"Shop"), 0);
-    EXPECT_EQ(sink.logLines, std::vector<qm::wstring>{
-                                 u"Exception caught in ProgressMessage for sMessageToFormat "
-                                 u"'PROGMSG_IIS_REMOVESITE' and the following sStringToInsert: Shop"});
+    EXPECT_EQ(sink.logLines,
+              std::vector<qm::wstring>{
+                  u"Exception caught in ProgressMessage for sMessageToFormat "
+                  u"'PROGMSG_IIS_REMOVESITE' and the following sStringToInsert: Shop"});
 }
 
 TEST(UserCancelledTest, OnlyTheAnswerTwoCancels) {

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "platform/sim/windows_1252.h"
 #include "settings/password_scrambling.h"
 #include "settings/settings_file.h"
 #include "support/decimal.h"
 #include "testing/settings_file_builder.h"
-#include "platform/sim/windows_1252.h"
 
 namespace webrig::testing {
 namespace {

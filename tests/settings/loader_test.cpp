@@ -21,7 +21,7 @@ using testing::SettingsEncoding;
 
 // A settings file as sections of entries that a test can change before writing it.
 class Project {
-public:
+  public:
     Project& Set(const std::string& section, const std::string& name, const std::string& value) {
         auto& entries = SectionNamed(section);
         for (auto& entry : entries) {
@@ -49,7 +49,7 @@ public:
         return builder.Bytes(encoding, LineEnding::CrLf);
     }
 
-private:
+  private:
     std::vector<std::pair<std::string, std::string>>& SectionNamed(const std::string& name) {
         for (auto& section : m_sections) {
             if (section.first == name) {
@@ -115,7 +115,7 @@ Project ValidProject() {
 }
 
 class LoaderTest : public ::testing::Test {
-protected:
+  protected:
     // Writes `bytes` as the settings file and loads it into `into` (the fixture's bag).
     int32_t Load(const std::vector<std::byte>& bytes, uint32_t hostContext = 0,
                  platform::ModuleHandle hostModule = platform::kNoModule,
@@ -132,9 +132,9 @@ protected:
         return Load(project.Bytes(encoding));
     }
     int32_t LoadText(const std::string& ascii) {
-        const std::vector<std::byte> bytes(reinterpret_cast<const std::byte*>(ascii.data()),
-                                           reinterpret_cast<const std::byte*>(ascii.data()) +
-                                               ascii.size());
+        const std::vector<std::byte> bytes(
+            reinterpret_cast<const std::byte*>(ascii.data()),
+            reinterpret_cast<const std::byte*>(ascii.data()) + ascii.size());
         return Load(bytes);
     }
     CIISComponentProp& Component(const qm::wstring& name) { return *bag.components.at(name); }
@@ -222,7 +222,8 @@ INSTANTIATE_TEST_SUITE_P(
         StatusCase{"item_type_empty", "Website_Store", "ItemType", "", st::item_type_missing},
         StatusCase{"root_dir", "VRoot_Shop", "RootDir", kRemoved, st::root_dir_empty},
         StatusCase{"attributes", "VRoot_Shop", "Attributes", "", st::attributes_empty},
-        StatusCase{"session_timeout", "VRoot_Shop", "SessionTimeout", "", st::session_timeout_empty},
+        StatusCase{"session_timeout", "VRoot_Shop", "SessionTimeout", "",
+                   st::session_timeout_empty},
         StatusCase{"script_timeout", "VRoot_Shop", "ScriptTimeout", "", st::script_timeout_empty},
         StatusCase{"metadata_count", "VRoot_Shop", "MetaDataPropCount", "",
                    st::metadata_count_empty},
@@ -258,7 +259,9 @@ INSTANTIATE_TEST_SUITE_P(
                    st::website_site_number_empty},
         StatusCase{"progress_text", "ProgressMessages", "PROGMSG_IIS_EXTRACT", "",
                    st::progress_message_empty}),
-    [](const ::testing::TestParamInfo<StatusCase>& param) { return std::string(param.param.what); });
+    [](const ::testing::TestParamInfo<StatusCase>& param) {
+        return std::string(param.param.what);
+    });
 
 TEST_F(LoaderTest, AMissingFileIsStatusTwoAndLeavesTheBagEmpty) {
     CIISProIniLoader loader(machine, u"C:\\Temp\\nowhere.ini", platform::kNoModule, 0);
@@ -298,8 +301,7 @@ TEST_F(LoaderTest, EveryEncodingLoadsTheSameProject) {
         CIISPropertyBag fresh;
         ASSERT_EQ(Load(project.Bytes(encoding), 0, platform::kNoModule, &fresh), 0)
             << static_cast<int>(encoding);
-        EXPECT_EQ(fresh.components.at(u"Web")->vroots.at(u"Shop")->RootDir,
-                  u"C:\\inetpub\\shop");
+        EXPECT_EQ(fresh.components.at(u"Web")->vroots.at(u"Shop")->RootDir, u"C:\\inetpub\\shop");
         EXPECT_EQ(fresh.websites.at(u"Store")->Port, u"8080");
         EXPECT_EQ(fresh.productCode, u"{PRODUCT}");
     }
@@ -341,7 +343,8 @@ TEST_F(LoaderTest, AParentWebsiteSectionInAnyLetterCaseIsReadAsAWebsiteOfNoCompo
 TEST_F(LoaderTest, AComponentBasedParentGivesOnlyItsKey) {
     Project project = ValidProject();
     project.Set("VRoot_Shop", "Parent", "Website_Lonely");
-    project.Set("Website_Lonely", "QMIISCommon", "Lonely").Set("Website_Lonely", "IsComponentBased", "1");
+    project.Set("Website_Lonely", "QMIISCommon", "Lonely")
+        .Set("Website_Lonely", "IsComponentBased", "1");
     ASSERT_EQ(Load(project), 0);
     EXPECT_EQ(Component(u"Web").vroots.at(u"Shop")->ParentKey, u"Lonely");
     EXPECT_FALSE(bag.websites.contains(u"Lonely"));
@@ -393,7 +396,8 @@ TEST_F(LoaderTest, AnAppPoolTakesItsDefaultsAndNeverFailsOnEmptyOptionalTexts) {
 TEST_F(LoaderTest, ScrambledPasswordsAreDescrambled) {
     Project project = ValidProject();
     const std::string scrambled = qm::to_utf8(ScramblePassword(u"s3cret!", machine.ansiCodePage()));
-    project.Set("Pool_Orders", "UserPassword", scrambled).Set("VRoot_Shop", "AnonyPasswrd", scrambled);
+    project.Set("Pool_Orders", "UserPassword", scrambled)
+        .Set("VRoot_Shop", "AnonyPasswrd", scrambled);
     ASSERT_EQ(Load(project), 0);
     EXPECT_EQ(Component(u"Web").appPools.at(u"Pool_Orders")->UserPassword, u"s3cret!");
     EXPECT_EQ(Component(u"Web").vroots.at(u"Shop")->AnonyPasswrd, u"s3cret!");
@@ -489,8 +493,8 @@ TEST_F(LoaderTest, MillionCharacterLinesAreCutToTheirLimits) {
 
 TEST_F(LoaderTest, LoneSurrogatesAreKeptAsTheyAre) {
     const qm::wstring name = u"Web\xD800x";
-    const qm::wstring text = u"[Components]\r\nCount=1\r\nc1=" + name + u"\r\n[" + name +
-                             u"_WebSites]\r\nCount=0\r\n";
+    const qm::wstring text =
+        u"[Components]\r\nCount=1\r\nc1=" + name + u"\r\n[" + name + u"_WebSites]\r\nCount=0\r\n";
     std::vector<std::byte> bytes;
     for (const char16_t c : text) {
         bytes.push_back(static_cast<std::byte>(c & 0xFF));
@@ -501,10 +505,9 @@ TEST_F(LoaderTest, LoneSurrogatesAreKeptAsTheyAre) {
 }
 
 class ResolvingLoaderTest : public LoaderTest {
-protected:
+  protected:
     int32_t LoadWithHost(Project project) {
-        return Load(project.Bytes(SettingsEncoding::Utf16LeWithBom), host.context(),
-                    host.module());
+        return Load(project.Bytes(SettingsEncoding::Utf16LeWithBom), host.context(), host.module());
     }
     testing::TestHost host{machine};
 };
@@ -533,11 +536,9 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(ResolveCase{"IDS_DIR", "Program Files"},
                       ResolveCase{"[DRIVE]\\IDS_DIR\\App", "D:\\Program Files\\App"},
                       ResolveCase{"\\server\\share\\", "server\\share"},
-                      ResolveCase{"a\\\\b", "a\\b"},
-                      ResolveCase{"a\\IDS_EMPTY\\b", "a\\b"},
+                      ResolveCase{"a\\\\b", "a\\b"}, ResolveCase{"a\\IDS_EMPTY\\b", "a\\b"},
                       ResolveCase{"IDS_TRAILING\\x", "Orders\\x"},
-                      ResolveCase{"\\IDS_EMPTY\\", "\\IDS_EMPTY\\"},
-                      ResolveCase{"\\\\", "\\\\"},
+                      ResolveCase{"\\IDS_EMPTY\\", "\\IDS_EMPTY\\"}, ResolveCase{"\\\\", "\\\\"},
                       ResolveCase{"plain", "plain"}));
 
 TEST_F(ResolvingLoaderTest, RootDirectoriesAreSubstitutedButNeverLookedUp) {

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/sim/windows_1252.h"
 #include "settings/settings_file.h"
 #include "support/wide_string.h"
 #include "testing/generated_project.h"
-#include "platform/sim/windows_1252.h"
 
 namespace webrig::settings {
 namespace {

@@ -32,7 +32,9 @@ struct CaseBlock {
     std::vector<char16_t> unchecked;
 };
 
-void PrintTo(const CaseBlock& b, std::ostream* os) { *os << b.name; }
+void PrintTo(const CaseBlock& b, std::ostream* os) {
+    *os << b.name;
+}
 
 class UpperCaseMapping : public ::testing::TestWithParam<CaseBlock> {};
 
@@ -41,7 +43,8 @@ TEST_P(UpperCaseMapping, MapsEverySmallLetterOfTheBlockAndNothingElse) {
     std::map<char16_t, char16_t> capitals;
     for (const CaseRun& run : block.runs) {
         for (unsigned c = run.first_small; c <= run.last_small; c += run.step) {
-            capitals[static_cast<char16_t>(c)] = static_cast<char16_t>(static_cast<int>(c) + run.to_capital);
+            capitals[static_cast<char16_t>(c)] =
+                static_cast<char16_t>(static_cast<int>(c) + run.to_capital);
         }
     }
     for (unsigned c = block.first; c <= block.last; ++c) {
@@ -63,12 +66,16 @@ INSTANTIATE_TEST_SUITE_P(
         CaseBlock{"basic_latin", 0x0000, 0x007F, {{0x61, 0x7A, 1, -0x20}}, {}},
         // U+00B5 MICRO SIGN maps to Greek capital mu in the Unicode data; whether Windows
         // folds it is not settled here.
-        CaseBlock{"latin1", 0x0080, 0x00FF,
+        CaseBlock{"latin1",
+                  0x0080,
+                  0x00FF,
                   {{0xE0, 0xF6, 1, -0x20}, {0xF8, 0xFE, 1, -0x20}, {0xFF, 0xFF, 1, 0x178 - 0xFF}},
                   {0xB5}},
         // U+0131 dotless i and U+017F long s map to ASCII capitals in the Unicode data; left out
         // for the same reason as the micro sign.
-        CaseBlock{"latin_extended_a", 0x0100, 0x017F,
+        CaseBlock{"latin_extended_a",
+                  0x0100,
+                  0x017F,
                   {{0x101, 0x12F, 2, -1},
                    {0x133, 0x137, 2, -1},
                    {0x13A, 0x148, 2, -1},
@@ -132,7 +139,9 @@ struct EqualityCase {
     bool equal;
 };
 
-void PrintTo(const EqualityCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const EqualityCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class CaseInsensitiveEquality : public ::testing::TestWithParam<EqualityCase> {};
 
@@ -194,9 +203,11 @@ struct OrderCase {
 
 TEST(CaseInsensitiveOrder, ComparesUpperCasedUnitsThenLength) {
     const OrderCase cases[] = {
-        {u"apple", u"BANANA", -1}, {u"Banana", u"apple", 1},   {u"abc", u"ABCD", -1},
-        {u"ABCD", u"abc", 1},      {u"", u"a", -1},            {u"a_", u"A[", 1},
-        {u"z", u"\u00E0", -1},     {u"\u00E0", u"\u00C1", -1}, {u"\u03C9", u"\u0391", 1},
+        {u"apple", u"BANANA", -1}, {u"Banana", u"apple", 1},
+        {u"abc", u"ABCD", -1},     {u"ABCD", u"abc", 1},
+        {u"", u"a", -1},           {u"a_", u"A[", 1},
+        {u"z", u"\u00E0", -1},     {u"\u00E0", u"\u00C1", -1},
+        {u"\u03C9", u"\u0391", 1},
     };
     for (const OrderCase& c : cases) {
         const int result = qm::icompare(c.a, c.b);

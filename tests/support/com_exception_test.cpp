@@ -14,7 +14,9 @@ struct WhatCase {
     const char* what;
 };
 
-void PrintTo(const WhatCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const WhatCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class ComExceptionText : public ::testing::TestWithParam<WhatCase> {};
 
@@ -29,20 +31,20 @@ TEST_P(ComExceptionText, NamesTheCodeAndTheDescription) {
 
 INSTANTIATE_TEST_SUITE_P(
     Errors, ComExceptionText,
-    ::testing::Values(
-        WhatCase{"access_denied", static_cast<qm::hresult>(0x80070005u), u"Access is denied.",
-                 "COM error 0x80070005: Access is denied."},
-        WhatCase{"no_description", static_cast<qm::hresult>(0x80004005u), u"",
-                 "COM error 0x80004005"},
-        WhatCase{"small_code_padded", 1, u"", "COM error 0x00000001"},
-        WhatCase{"upper_case_hex", static_cast<qm::hresult>(0x800700B7u), u"exists",
-                 "COM error 0x800700B7: exists"},
-        WhatCase{"non_ascii_description", static_cast<qm::hresult>(0x80070002u),
-                 u"Datei nicht gefunden: \u00FCber \u20AC \U0001F600",
-                 "COM error 0x80070002: Datei nicht gefunden: \xC3\xBC" "ber \xE2\x82\xAC "
-                 "\xF0\x9F\x98\x80"},
-        WhatCase{"percent_signs_kept", static_cast<qm::hresult>(0x80070057u), u"%s %d 100%",
-                 "COM error 0x80070057: %s %d 100%"}),
+    ::testing::Values(WhatCase{"access_denied", static_cast<qm::hresult>(0x80070005u),
+                               u"Access is denied.", "COM error 0x80070005: Access is denied."},
+                      WhatCase{"no_description", static_cast<qm::hresult>(0x80004005u), u"",
+                               "COM error 0x80004005"},
+                      WhatCase{"small_code_padded", 1, u"", "COM error 0x00000001"},
+                      WhatCase{"upper_case_hex", static_cast<qm::hresult>(0x800700B7u), u"exists",
+                               "COM error 0x800700B7: exists"},
+                      WhatCase{"non_ascii_description", static_cast<qm::hresult>(0x80070002u),
+                               u"Datei nicht gefunden: \u00FCber \u20AC \U0001F600",
+                               "COM error 0x80070002: Datei nicht gefunden: \xC3\xBC"
+                               "ber \xE2\x82\xAC "
+                               "\xF0\x9F\x98\x80"},
+                      WhatCase{"percent_signs_kept", static_cast<qm::hresult>(0x80070057u),
+                               u"%s %d 100%", "COM error 0x80070057: %s %d 100%"}),
     [](const auto& param_info) { return std::string(param_info.param.name); });
 
 TEST(ComException, WithoutErrorInformationHasEmptyTexts) {
@@ -68,8 +70,7 @@ TEST(SafeArrayException, CarriesOutOfMemoryAndIsACOMException) {
         throw qm::safe_array_exception();
     } catch (const qm::com_exception& caught) {
         EXPECT_EQ(caught.error(), static_cast<qm::hresult>(0x8007000Eu));
-        EXPECT_EQ(std::string(caught.what()).rfind("COM error 0x8007000E", 0), 0u)
-            << caught.what();
+        EXPECT_EQ(std::string(caught.what()).rfind("COM error 0x8007000E", 0), 0u) << caught.what();
         EXPECT_FALSE(caught.description().empty());
         return;
     }

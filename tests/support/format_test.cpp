@@ -38,7 +38,9 @@ struct ConversionCase {
     const char* name;
 };
 
-void PrintTo(const ConversionCase& c, std::ostream* os) { *os << '%' << c.conversion; }
+void PrintTo(const ConversionCase& c, std::ostream* os) {
+    *os << '%' << c.conversion;
+}
 
 class IntegerConversionMatchesPrintf : public ::testing::TestWithParam<ConversionCase> {};
 
@@ -58,8 +60,20 @@ bool defined_in_c(const std::string& flags, const ConversionCase& c) {
 
 TEST_P(IntegerConversionMatchesPrintf, For32BitValues) {
     const ConversionCase c = GetParam();
-    const int32_t values[] = {0,  1,  -1,  7,  -7,  42, -42, 255, 4096, 123456789, INT32_MAX,
-                              INT32_MIN, static_cast<int32_t>(0x80070005u), -100000};
+    const int32_t values[] = {0,
+                              1,
+                              -1,
+                              7,
+                              -7,
+                              42,
+                              -42,
+                              255,
+                              4096,
+                              123456789,
+                              INT32_MAX,
+                              INT32_MIN,
+                              static_cast<int32_t>(0x80070005u),
+                              -100000};
     for (const char* flags : kFlagSets) {
         if (!defined_in_c(flags, c)) {
             continue;
@@ -72,7 +86,8 @@ TEST_P(IntegerConversionMatchesPrintf, For32BitValues) {
                     wstring actual;
                     const std::string ours = body + c.conversion;
                     if (c.is_signed) {
-                        expected = c_format(body + "ll" + c.conversion, static_cast<long long>(value));
+                        expected =
+                            c_format(body + "ll" + c.conversion, static_cast<long long>(value));
                         actual = qm::format(qm::widen_ascii(ours), value);
                     } else {
                         const auto bits = static_cast<uint32_t>(value);
@@ -90,8 +105,14 @@ TEST_P(IntegerConversionMatchesPrintf, For32BitValues) {
 
 TEST_P(IntegerConversionMatchesPrintf, For64BitValuesWithAndWithoutLengthModifier) {
     const ConversionCase c = GetParam();
-    const int64_t values[] = {0, -1, INT64_MAX, INT64_MIN, int64_t{1} << 40, -(int64_t{1} << 33),
-                              int64_t{4294967296}, int64_t{-4294967297}};
+    const int64_t values[] = {0,
+                              -1,
+                              INT64_MAX,
+                              INT64_MIN,
+                              int64_t{1} << 40,
+                              -(int64_t{1} << 33),
+                              int64_t{4294967296},
+                              int64_t{-4294967297}};
     const char* const modifiers[] = {"", "I64", "ll", "l"};
     for (const char* flags : kFlagSets) {
         if (!defined_in_c(flags, c)) {
@@ -106,8 +127,8 @@ TEST_P(IntegerConversionMatchesPrintf, For64BitValuesWithAndWithoutLengthModifie
                         std::string expected;
                         wstring actual;
                         if (c.is_signed) {
-                            expected = c_format(body + "ll" + c.conversion,
-                                                static_cast<long long>(value));
+                            expected =
+                                c_format(body + "ll" + c.conversion, static_cast<long long>(value));
                             actual = qm::format(qm::widen_ascii(ours), value);
                         } else {
                             const auto bits = static_cast<uint64_t>(value);
@@ -124,14 +145,12 @@ TEST_P(IntegerConversionMatchesPrintf, For64BitValuesWithAndWithoutLengthModifie
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Conversions, IntegerConversionMatchesPrintf,
-                         ::testing::Values(ConversionCase{'d', true, "d"},
-                                           ConversionCase{'i', true, "i"},
-                                           ConversionCase{'u', false, "u"},
-                                           ConversionCase{'x', false, "x"},
-                                           ConversionCase{'X', false, "upper_x"},
-                                           ConversionCase{'o', false, "o"}),
-                         [](const auto& param_info) { return std::string(param_info.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Conversions, IntegerConversionMatchesPrintf,
+    ::testing::Values(ConversionCase{'d', true, "d"}, ConversionCase{'i', true, "i"},
+                      ConversionCase{'u', false, "u"}, ConversionCase{'x', false, "x"},
+                      ConversionCase{'X', false, "upper_x"}, ConversionCase{'o', false, "o"}),
+    [](const auto& param_info) { return std::string(param_info.param.name); });
 
 TEST(FormatText, MatchesPrintfForFlagsWidthsAndPrecisions) {
     const char* const texts[] = {"", "a", "hello", "hello world, longer than the widths"};
@@ -172,7 +191,9 @@ struct FormatCase {
     const char16_t* expected;
 };
 
-void PrintTo(const FormatCase& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const FormatCase& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class FormatCases : public ::testing::TestWithParam<FormatCase> {};
 
@@ -190,28 +211,33 @@ INSTANTIATE_TEST_SUITE_P(
         FormatCase{"empty_format", u"", {1, u"x"}, u""},
         FormatCase{"percent_sign", u"100%% done", {}, u"100% done"},
         FormatCase{"percent_sign_takes_no_argument", u"%%%d", {7}, u"%7"},
-        FormatCase{"text", u"Creating '%s' at %s", {u"Site", u"C:\\inetpub"},
+        FormatCase{"text",
+                   u"Creating '%s' at %s",
+                   {u"Site", u"C:\\inetpub"},
                    u"Creating 'Site' at C:\\inetpub"},
-        FormatCase{"wide_text_modifiers", u"%ls|%ws|%hs|%S", {u"a", u"b", u"c", u"d"},
-                   u"a|b|c|d"},
-        FormatCase{"binding_information", u"%s:%s:%s", {u"", u"80", u"www.example.com"},
+        FormatCase{"wide_text_modifiers", u"%ls|%ws|%hs|%S", {u"a", u"b", u"c", u"d"}, u"a|b|c|d"},
+        FormatCase{"binding_information",
+                   u"%s:%s:%s",
+                   {u"", u"80", u"www.example.com"},
                    u":80:www.example.com"},
-        FormatCase{"hresult_signed_decimal", u"HRESULT: %d", {kAccessDenied},
-                   u"HRESULT: -2147024891"},
+        FormatCase{
+            "hresult_signed_decimal", u"HRESULT: %d", {kAccessDenied}, u"HRESULT: -2147024891"},
         FormatCase{"hresult_hex", u"0x%x", {kAccessDenied}, u"0x80070005"},
-        FormatCase{"hresult_upper_hex_zero_padded", u"0x%08X", {kAccessDenied},
-                   u"0x80070005"},
+        FormatCase{"hresult_upper_hex_zero_padded", u"0x%08X", {kAccessDenied}, u"0x80070005"},
         FormatCase{"hresult_unsigned", u"%u", {kAccessDenied}, u"2147942405"},
         FormatCase{"hresult_long_decimal", u"%ld", {kAccessDenied}, u"-2147024891"},
-        FormatCase{"unsigned_32_bit_as_signed", u"%d", {uint32_t{0x80070005u}},
-                   u"-2147024891"},
+        FormatCase{"unsigned_32_bit_as_signed", u"%d", {uint32_t{0x80070005u}}, u"-2147024891"},
         FormatCase{"small_hresult_padded_hex", u"%08x", {qm::hr::s_false}, u"00000001"},
         FormatCase{"byte_as_two_hex_digits", u"%02X%02X", {0x0A, 0xFF}, u"0AFF"},
         FormatCase{"negative_32_bit_as_hex", u"%x", {-1}, u"ffffffff"},
         FormatCase{"negative_64_bit_as_hex", u"%x", {int64_t{-1}}, u"ffffffffffffffff"},
-        FormatCase{"int64_limits", u"%d %d", {INT64_MIN, INT64_MAX},
+        FormatCase{"int64_limits",
+                   u"%d %d",
+                   {INT64_MIN, INT64_MAX},
                    u"-9223372036854775808 9223372036854775807"},
-        FormatCase{"uint64_max", u"%u %X", {UINT64_MAX, UINT64_MAX},
+        FormatCase{"uint64_max",
+                   u"%u %X",
+                   {UINT64_MAX, UINT64_MAX},
                    u"18446744073709551615 FFFFFFFFFFFFFFFF"},
         FormatCase{"int64_with_I64", u"%I64d", {int64_t{-5000000000}}, u"-5000000000"},
         FormatCase{"character", u"[%c]", {0x20AC}, u"[\u20AC]"},
@@ -237,8 +263,7 @@ INSTANTIATE_TEST_SUITE_P(
         FormatCase{"text_to_character", u"%c", {u"word"}, u"word"},
         FormatCase{"integer_to_text", u"port %s", {8080}, u"port 8080"},
         FormatCase{"negative_integer_to_text", u"%s", {-42}, u"-42"},
-        FormatCase{"unsigned_integer_to_text", u"%s", {uint32_t{4000000000u}},
-                   u"4000000000"},
+        FormatCase{"unsigned_integer_to_text", u"%s", {uint32_t{4000000000u}}, u"4000000000"},
         FormatCase{"hresult_to_text", u"%s", {kAccessDenied}, u"-2147024891"},
         FormatCase{"integer_to_text_with_width", u"[%6s|%-6s]", {42, 42}, u"[    42|42    ]"},
         FormatCase{"integer_to_text_ignores_precision", u"%.1s", {12345}, u"12345"},
@@ -272,7 +297,7 @@ constexpr size_t kPaddingBound = 4096;
 
 TEST(FormatLimits, HugeWidthsAreBounded) {
     for (const char16_t* pattern : {u"%99999999999999999999999d", u"%-4294967296d",
-                                 u"%018446744073709551617d", u"%99999999999999999999999s"}) {
+                                    u"%018446744073709551617d", u"%99999999999999999999999s"}) {
         const wstring out = qm::format(pattern, 7);
         EXPECT_LE(out.size(), kPaddingBound) << qm::to_utf8(pattern);
         EXPECT_GE(out.size(), 1000u) << qm::to_utf8(pattern);

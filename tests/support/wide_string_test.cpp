@@ -14,7 +14,9 @@ struct ValidText {
     std::string utf8;
 };
 
-void PrintTo(const ValidText& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const ValidText& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class ValidTextConverts : public ::testing::TestWithParam<ValidText> {};
 
@@ -31,25 +33,24 @@ TEST_P(ValidTextConverts, BothWays) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, ValidTextConverts,
-    ::testing::Values(
-        ValidText{"empty", u"", ""},
-        ValidText{"ascii", u"Default Web Site", "Default Web Site"},
-        ValidText{"embedded_nul", wstring(u"a\0b", 3), std::string("a\0b", 3)},
-        ValidText{"last_one_byte", u"\u007F", "\x7F"},
-        ValidText{"first_two_byte", u"\u0080", "\xC2\x80"},
-        ValidText{"latin1", u"Caf\u00E9", "Caf\xC3\xA9"},
-        ValidText{"last_two_byte", u"\u07FF", "\xDF\xBF"},
-        ValidText{"first_three_byte", u"\u0800", "\xE0\xA0\x80"},
-        ValidText{"euro", u"\u20AC", "\xE2\x82\xAC"},
-        ValidText{"before_surrogates", u"\uD7FF", "\xED\x9F\xBF"},
-        ValidText{"after_surrogates", u"\uE000", "\xEE\x80\x80"},
-        ValidText{"replacement_character", u"\uFFFD", "\xEF\xBF\xBD"},
-        ValidText{"last_bmp", u"\uFFFF", "\xEF\xBF\xBF"},
-        ValidText{"first_supplementary", u"\U00010000", "\xF0\x90\x80\x80"},
-        ValidText{"emoji", u"\U0001F600", "\xF0\x9F\x98\x80"},
-        ValidText{"last_code_point", u"\U0010FFFF", "\xF4\x8F\xBF\xBF"},
-        ValidText{"mixed", u"C:\\\u0421\u0430\u0439\u0442\\\U0001F310.htm",
-                  "C:\\\xD0\xA1\xD0\xB0\xD0\xB9\xD1\x82\\\xF0\x9F\x8C\x90.htm"}),
+    ::testing::Values(ValidText{"empty", u"", ""},
+                      ValidText{"ascii", u"Default Web Site", "Default Web Site"},
+                      ValidText{"embedded_nul", wstring(u"a\0b", 3), std::string("a\0b", 3)},
+                      ValidText{"last_one_byte", u"\u007F", "\x7F"},
+                      ValidText{"first_two_byte", u"\u0080", "\xC2\x80"},
+                      ValidText{"latin1", u"Caf\u00E9", "Caf\xC3\xA9"},
+                      ValidText{"last_two_byte", u"\u07FF", "\xDF\xBF"},
+                      ValidText{"first_three_byte", u"\u0800", "\xE0\xA0\x80"},
+                      ValidText{"euro", u"\u20AC", "\xE2\x82\xAC"},
+                      ValidText{"before_surrogates", u"\uD7FF", "\xED\x9F\xBF"},
+                      ValidText{"after_surrogates", u"\uE000", "\xEE\x80\x80"},
+                      ValidText{"replacement_character", u"\uFFFD", "\xEF\xBF\xBD"},
+                      ValidText{"last_bmp", u"\uFFFF", "\xEF\xBF\xBF"},
+                      ValidText{"first_supplementary", u"\U00010000", "\xF0\x90\x80\x80"},
+                      ValidText{"emoji", u"\U0001F600", "\xF0\x9F\x98\x80"},
+                      ValidText{"last_code_point", u"\U0010FFFF", "\xF4\x8F\xBF\xBF"},
+                      ValidText{"mixed", u"C:\\\u0421\u0430\u0439\u0442\\\U0001F310.htm",
+                                "C:\\\xD0\xA1\xD0\xB0\xD0\xB9\xD1\x82\\\xF0\x9F\x8C\x90.htm"}),
     [](const auto& param_info) { return std::string(param_info.param.name); });
 
 TEST(WideString, EveryBmpCharacterAndSupplementaryBoundaryRoundTrips) {
@@ -81,7 +82,9 @@ struct LoneSurrogate {
     std::string utf8;
 };
 
-void PrintTo(const LoneSurrogate& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const LoneSurrogate& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class LoneSurrogatesBecomeReplacement : public ::testing::TestWithParam<LoneSurrogate> {};
 
@@ -93,16 +96,15 @@ TEST_P(LoneSurrogatesBecomeReplacement, InUtf8) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, LoneSurrogatesBecomeReplacement,
-    ::testing::Values(
-        LoneSurrogate{"high_alone", wstring{u'\xD800'}, FFFD},
-        LoneSurrogate{"low_alone", wstring{u'\xDC00'}, FFFD},
-        LoneSurrogate{"high_at_end", wstring{u'a', u'\xDBFF'}, "a" FFFD},
-        LoneSurrogate{"high_then_letter", wstring{u'\xD83D', u'x'}, FFFD "x"},
-        LoneSurrogate{"low_then_high", wstring{u'\xDC00', u'\xD800'}, FFFD FFFD},
-        LoneSurrogate{"two_highs_then_low", wstring{u'\xD800', u'\xD800', u'\xDC00'},
-                      FFFD "\xF0\x90\x80\x80"},
-        LoneSurrogate{"pair_then_low", wstring{u'\xD83D', u'\xDE00', u'\xDE00'},
-                      "\xF0\x9F\x98\x80" FFFD}),
+    ::testing::Values(LoneSurrogate{"high_alone", wstring{u'\xD800'}, FFFD},
+                      LoneSurrogate{"low_alone", wstring{u'\xDC00'}, FFFD},
+                      LoneSurrogate{"high_at_end", wstring{u'a', u'\xDBFF'}, "a" FFFD},
+                      LoneSurrogate{"high_then_letter", wstring{u'\xD83D', u'x'}, FFFD "x"},
+                      LoneSurrogate{"low_then_high", wstring{u'\xDC00', u'\xD800'}, FFFD FFFD},
+                      LoneSurrogate{"two_highs_then_low", wstring{u'\xD800', u'\xD800', u'\xDC00'},
+                                    FFFD "\xF0\x90\x80\x80"},
+                      LoneSurrogate{"pair_then_low", wstring{u'\xD83D', u'\xDE00', u'\xDE00'},
+                                    "\xF0\x9F\x98\x80" FFFD}),
     [](const auto& param_info) { return std::string(param_info.param.name); });
 
 // Damaged UTF-8: the lenient conversion gives one U+FFFD per byte it cannot use and goes on with
@@ -114,7 +116,9 @@ struct DamagedUtf8 {
     size_t bad_offset;
 };
 
-void PrintTo(const DamagedUtf8& c, std::ostream* os) { *os << c.name; }
+void PrintTo(const DamagedUtf8& c, std::ostream* os) {
+    *os << c.name;
+}
 
 class DamagedUtf8Converts : public ::testing::TestWithParam<DamagedUtf8> {};
 
@@ -133,7 +137,11 @@ INSTANTIATE_TEST_SUITE_P(
     Texts, DamagedUtf8Converts,
     ::testing::Values(
         DamagedUtf8{"lone_continuation", "\x80", {R}, 0},
-        DamagedUtf8{"continuation_after_text", "ab\xBF" "c", {u'a', u'b', R, u'c'}, 2},
+        DamagedUtf8{"continuation_after_text",
+                    "ab\xBF"
+                    "c",
+                    {u'a', u'b', R, u'c'},
+                    2},
         DamagedUtf8{"overlong_slash_two_bytes", "a\xC0\xAF", {u'a', R, R}, 1},
         DamagedUtf8{"overlong_nul_two_bytes", "\xC1\x80", {R, R}, 0},
         DamagedUtf8{"overlong_three_bytes", "\xE0\x80\xAF", {R, R, R}, 0},
@@ -147,16 +155,23 @@ INSTANTIATE_TEST_SUITE_P(
         DamagedUtf8{"byte_ff", "ok\xFF", {u'o', u'k', R}, 2},
         DamagedUtf8{"truncated_at_end", "ab\xE2\x82", {u'a', u'b', R, R}, 2},
         DamagedUtf8{"lead_byte_at_end", "\xC3\xA9\xC3", {u'\xE9', R}, 2},
-        DamagedUtf8{"sequence_broken_by_ascii", "\xE2\x82" "A", {R, R, u'A'}, 0},
+        DamagedUtf8{"sequence_broken_by_ascii",
+                    "\xE2\x82"
+                    "A",
+                    {R, R, u'A'},
+                    0},
         DamagedUtf8{"four_byte_broken_by_lead", "\xF0\x9F\xC3\xA9", {R, R, u'\xE9'}, 0},
-        DamagedUtf8{"valid_text_after_damage", "\xFF\xF0\x9F\x98\x80",
-                    {R, u'\xD83D', u'\xDE00'}, 0}),
+        DamagedUtf8{
+            "valid_text_after_damage", "\xFF\xF0\x9F\x98\x80", {R, u'\xD83D', u'\xDE00'}, 0}),
     [](const auto& param_info) { return std::string(param_info.param.name); });
 
 TEST(WideString, StrictConversionReportsTheFirstOfSeveralDamagedSequences) {
     wstring out;
     size_t bad_offset = 0;
-    EXPECT_FALSE(qm::from_utf8_strict("abc\xC3\xA9\xE2\x82\xAC" "d\x80\xFF", out, bad_offset));
+    EXPECT_FALSE(
+        qm::from_utf8_strict("abc\xC3\xA9\xE2\x82\xAC"
+                             "d\x80\xFF",
+                             out, bad_offset));
     EXPECT_EQ(bad_offset, 9u);
 }
 

@@ -3,8 +3,8 @@
 #include <array>
 #include <string>
 
-#include "settings/password_scrambling.h"
 #include "platform/sim/windows_1252.h"
+#include "settings/password_scrambling.h"
 
 namespace webrig::testing {
 namespace {

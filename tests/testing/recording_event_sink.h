@@ -11,7 +11,7 @@
 namespace webrig::testing {
 
 class RecordingEventSink final : public IIISEvent {
-public:
+  public:
     void LogMessage(const qm::wstring& text) override {
         if (throwOnLog) {
             throw std::runtime_error("sink cannot log");

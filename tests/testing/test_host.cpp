@@ -25,10 +25,12 @@ TestHost::TestHost(sim::Machine& machine, HostExports exports, qm::wstring folde
         functions[host::kLoadStringExport] = reinterpret_cast<platform::ProcAddress>(&LoadString);
     }
     if (exports.textSubstitute) {
-        functions[host::kTextSubstituteExport] = reinterpret_cast<platform::ProcAddress>(&Substitute);
+        functions[host::kTextSubstituteExport] =
+            reinterpret_cast<platform::ProcAddress>(&Substitute);
     }
     if (exports.componentFileInfo) {
-        functions[host::kComponentFileInfoExport] = reinterpret_cast<platform::ProcAddress>(&FileInfo);
+        functions[host::kComponentFileInfoExport] =
+            reinterpret_cast<platform::ProcAddress>(&FileInfo);
     }
     m_module = machine.simModules().LoadModule(folder + u"\\" + host::kHostModuleName, functions);
     const qm::wstring& ownFolder = ownModuleFolder.empty() ? folder : ownModuleFolder;

@@ -23,7 +23,7 @@ struct HostExports {
 };
 
 class TestHost {
-public:
+  public:
     struct FileInfoCall {
         uint32_t context;
         qm::wstring media;
@@ -36,8 +36,7 @@ public:
     // Loads the host module from `folder` (a Windows path) with the chosen exports; webrig's own
     // module is moved into the same folder unless `ownModuleFolder` says otherwise.
     explicit TestHost(sim::Machine& machine, HostExports exports = {},
-                      qm::wstring folder = u"C:\\Temp\\Setup",
-                      qm::wstring ownModuleFolder = {});
+                      qm::wstring folder = u"C:\\Temp\\Setup", qm::wstring ownModuleFolder = {});
     ~TestHost();
     TestHost(const TestHost&) = delete;
     TestHost& operator=(const TestHost&) = delete;
@@ -63,11 +62,11 @@ public:
     std::vector<qm::wstring> substituted;
     std::vector<FileInfoCall> fileInfoCalls;
 
-private:
+  private:
     static int32_t WEBRIG_HOST_CALL LoadString(uint32_t, const char16_t*, char16_t*, uint32_t);
     static int32_t WEBRIG_HOST_CALL Substitute(uint32_t, platform::Bstr*);
     static int32_t WEBRIG_HOST_CALL FileInfo(uint32_t, const char16_t*, const char16_t*,
-                                                  const char16_t*, uint32_t, uint32_t*, uint32_t);
+                                             const char16_t*, uint32_t, uint32_t*, uint32_t);
     static TestHost* Find(uint32_t context);
 
     sim::Machine& m_machine;
@@ -77,16 +76,17 @@ private:
 
 // The host's operation source with a recorder that keeps every record it is given.
 class RecordingOperationSource final : public platform::IHostOperationSource {
-public:
+  public:
     class Recorder final : public platform::IOperationRecorder {
-    public:
+      public:
         qm::hresult RecordOperation(std::span<const qm::wstring> record) override;
         std::vector<std::vector<qm::wstring>> records;
         qm::hresult failWith = qm::hr::ok;
     };
 
-    qm::hresult GetOperationRecorder(qm::wstring_view operationType,
-                                     std::shared_ptr<platform::IOperationRecorder>& recorder) override;
+    qm::hresult GetOperationRecorder(
+        qm::wstring_view operationType,
+        std::shared_ptr<platform::IOperationRecorder>& recorder) override;
 
     std::shared_ptr<Recorder> recorder = std::make_shared<Recorder>();
     std::vector<qm::wstring> requestedTypes;
