@@ -166,34 +166,6 @@ TEST_P(ComponentAdd, KeepsARecordWhoseKeyWasRefused) {
     EXPECT_EQ(c.key_of(record), u"");
 }
 
-TEST_P(ComponentAdd, TellsKeysApartByLetterCase) {
-    const ComponentAddCase& c = GetParam();
-    CIISComponentProp component;
-    int32_t status = 99;
-    void* upper = c.add(component, u"SHOP", status);
-    void* lower = c.add(component, u"shop", status);
-    EXPECT_NE(upper, lower);
-    EXPECT_EQ(c.stored(component, u"SHOP"), upper);
-    EXPECT_EQ(c.stored(component, u"shop"), lower);
-}
-
-// Keys are ordered by UTF-16 code units: capitals before small letters, and a character beyond
-// U+FFFF (a surrogate pair, D83D..) before U+FFFD.
-const std::vector<wstring> kUnsortedKeys = {u"a", u"\uFFFD",     u"B", u"_",  u"Z", u"\u00E9",
-                                            u"A", u"\U0001F600", u"b", u"10", u"9", u"a b"};
-const std::vector<wstring> kKeysInCodeUnitOrder = {
-    u"10", u"9", u"A", u"B", u"Z", u"_", u"a", u"a b", u"b", u"\u00E9", u"\U0001F600", u"\uFFFD"};
-
-TEST_P(ComponentAdd, OrdersKeysByCodeUnits) {
-    const ComponentAddCase& c = GetParam();
-    CIISComponentProp component;
-    int32_t status = 99;
-    for (const wstring& key : kUnsortedKeys) {
-        c.add(component, key, status);
-    }
-    EXPECT_EQ(c.keys(component), kKeysInCodeUnitOrder);
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Kinds, ComponentAdd,
     ::testing::Values(
@@ -209,21 +181,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& param_info) { return std::string(param_info.param.name); });
 
 // ---------------------------------------------------------------------------------------------
-// The maps of the bag, ordered the same way.
-
-TEST(BagMaps, AreOrderedByCodeUnits) {
-    CIISPropertyBag bag;
-    for (const wstring& key : kUnsortedKeys) {
-        bag.GetOrAddComponent(key);
-        bag.AddWebsite(key);
-        bag.SetProgressMessage(key, u"text");
-        bag.SetUninstallProp(key, u"value");
-    }
-    EXPECT_EQ(KeysOf(bag.components), kKeysInCodeUnitOrder);
-    EXPECT_EQ(KeysOf(bag.websites), kKeysInCodeUnitOrder);
-    EXPECT_EQ(KeysOf(bag.progressMessages), kKeysInCodeUnitOrder);
-    EXPECT_EQ(KeysOf(bag.uninstallProps), kKeysInCodeUnitOrder);
-}
+// The maps of the bag.
 
 TEST(BagMaps, UninstallPropsAndProgressTextsAreAddedOrReplaced) {
     CIISPropertyBag bag;
