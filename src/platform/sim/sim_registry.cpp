@@ -141,6 +141,14 @@ bool SimRegistry::Save() {
     return true;
 }
 
+uint32_t SimRegistry::LookupWithRight(RegKey key, uint32_t right, Handle& handle) const {
+    const uint32_t error = Lookup(key, handle);
+    if (error != success) {
+        return error;
+    }
+    return Allows(handle.access, right) ? success : access_denied;
+}
+
 uint32_t SimRegistry::LookupAndResolve(RegKey parent, qm::wstring_view subKey, uint32_t access,
                                        Handle& from, std::vector<qm::wstring>& path) const {
     const uint32_t error = Lookup(parent, from);
@@ -212,11 +220,9 @@ uint32_t SimRegistry::CloseKey(RegKey key) {
 uint32_t SimRegistry::QueryValue(RegKey key, qm::wstring_view name, platform::RegValue& value) {
     const std::lock_guard lock(m_mutex);
     Handle handle;
-    if (const uint32_t error = Lookup(key, handle); error != success) {
+    if (const uint32_t error = LookupWithRight(key, key_access::query_value, handle);
+        error != success) {
         return error;
-    }
-    if (!Allows(handle.access, key_access::query_value)) {
-        return access_denied;
     }
     const platform::RegValue* found = handle.key->FindValue(name);
     if (found == nullptr) {
@@ -229,11 +235,9 @@ uint32_t SimRegistry::QueryValue(RegKey key, qm::wstring_view name, platform::Re
 uint32_t SimRegistry::SetValue(RegKey key, qm::wstring_view name, const platform::RegValue& value) {
     const std::lock_guard lock(m_mutex);
     Handle handle;
-    if (const uint32_t error = Lookup(key, handle); error != success) {
+    if (const uint32_t error = LookupWithRight(key, key_access::set_value, handle);
+        error != success) {
         return error;
-    }
-    if (!Allows(handle.access, key_access::set_value)) {
-        return access_denied;
     }
     if (name.size() > kMaxValueNameLength) {
         return qm::win32::invalid_parameter;
@@ -254,11 +258,9 @@ uint32_t SimRegistry::SetValue(RegKey key, qm::wstring_view name, const platform
 uint32_t SimRegistry::DeleteValue(RegKey key, qm::wstring_view name) {
     const std::lock_guard lock(m_mutex);
     Handle handle;
-    if (const uint32_t error = Lookup(key, handle); error != success) {
+    if (const uint32_t error = LookupWithRight(key, key_access::set_value, handle);
+        error != success) {
         return error;
-    }
-    if (!Allows(handle.access, key_access::set_value)) {
-        return access_denied;
     }
     RegistryKey& target = *handle.key;
     std::vector<NamedValue> before = target.Values();
@@ -278,11 +280,9 @@ uint32_t SimRegistry::DeleteValue(RegKey key, qm::wstring_view name) {
 uint32_t SimRegistry::EnumKey(RegKey key, uint32_t index, qm::wstring& name) {
     const std::lock_guard lock(m_mutex);
     Handle handle;
-    if (const uint32_t error = Lookup(key, handle); error != success) {
+    if (const uint32_t error = LookupWithRight(key, key_access::enumerate_sub_keys, handle);
+        error != success) {
         return error;
-    }
-    if (!Allows(handle.access, key_access::enumerate_sub_keys)) {
-        return access_denied;
     }
     const auto& subKeys = handle.key->SubKeys();
     if (index >= subKeys.size()) {
@@ -296,11 +296,9 @@ uint32_t SimRegistry::EnumValue(RegKey key, uint32_t index, qm::wstring& name,
                                 platform::RegValue& value) {
     const std::lock_guard lock(m_mutex);
     Handle handle;
-    if (const uint32_t error = Lookup(key, handle); error != success) {
+    if (const uint32_t error = LookupWithRight(key, key_access::query_value, handle);
+        error != success) {
         return error;
-    }
-    if (!Allows(handle.access, key_access::query_value)) {
-        return access_denied;
     }
     const auto& values = handle.key->Values();
     if (index >= values.size()) {

@@ -55,6 +55,8 @@ class SimRegistry final : public platform::Registry {
 
     // The handle's key, or an error: invalid_handle, key_deleted.
     uint32_t Lookup(platform::RegKey key, Handle& handle) const;
+    // Lookup, then access_denied unless the handle was opened with `right`.
+    uint32_t LookupWithRight(platform::RegKey key, uint32_t right, Handle& handle) const;
     // The path from the root that `subKey` names relative to `parent`, redirected for WOW64.
     uint32_t Resolve(const Handle& parent, qm::wstring_view subKey, uint32_t access,
                      std::vector<qm::wstring>& path) const;
