@@ -36,6 +36,7 @@ TEST_P(CheckForContinueTest, JudgesTheComponentByTheInstalledIis) {
     const Case& c = GetParam();
     webrig::sim::MachineConfig config;
     config.osVersion = c.os;
+    config.iisVersion = {0, 0};  // the case decides what the registry says
     webrig::testing::TempMachine temp(config);
     auto& registry = temp.machine().registry();
     if (c.registry != Registry::no_key) {

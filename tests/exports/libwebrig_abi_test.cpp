@@ -20,16 +20,10 @@ void WriteSettings(const fs::path& machine, const std::string& text) {
     std::ofstream(machine / "drive_c" / "Temp" / "setup.ini", std::ios::binary) << text;
 }
 
-void InstallIis(webrig::sim::Machine& machine, uint32_t majorVersion) {
-    auto& registry = machine.registry();
-    webrig::platform::ScopedRegKey key(registry);
-    ASSERT_EQ(registry.CreateKey(webrig::platform::kLocalMachine,
-                                 u"SYSTEM\\CurrentControlSet\\Services\\W3SVC\\Parameters",
-                                 webrig::platform::key_access::all_access, key.receive()),
-              0u);
-    ASSERT_EQ(registry.SetValue(key.get(), u"MajorVersion",
-                                webrig::platform::RegValue::Dword(majorVersion)),
-              0u);
+webrig::sim::MachineConfig WithoutIis() {
+    webrig::sim::MachineConfig config;
+    config.iisVersion = {0, 0};
+    return config;
 }
 
 constexpr char kProject[] =
@@ -58,14 +52,13 @@ TEST(LibwebrigAbiTest, TheExportsFollowTheirContract) {
 
     // A machine with IIS 10.
     webrig::testing::TempMachine withIis;
-    InstallIis(withIis.machine(), 10);
     WriteSettings(withIis.path(), kProject);
     setenv("WEBRIG_MACHINE", withIis.path().c_str(), 1);
     EXPECT_EQ(QMIISInitialize(u"C:\\Temp\\setup.ini", 0), 0);
     EXPECT_EQ(QMIISCheckForContinue(u"Web", 0), 0);
 
     // A machine without IIS: the component with a virtual directory cannot go on.
-    webrig::testing::TempMachine withoutIis;
+    webrig::testing::TempMachine withoutIis(WithoutIis());
     WriteSettings(withoutIis.path(), kProject);
     setenv("WEBRIG_MACHINE", withoutIis.path().c_str(), 1);
     EXPECT_EQ(QMIISInitialize(u"C:\\Temp\\setup.ini", 0), 0);

@@ -1,5 +1,6 @@
 #include "platform/sim/machine_config.h"
 
+#include <algorithm>
 #include <charconv>
 #include <vector>
 
@@ -21,6 +22,26 @@ constexpr KnownArchitecture kArchitectures[] = {
     {"x86", ProcessorArchitecture::intel},
     {"amd64", ProcessorArchitecture::amd64},
     {"arm64", ProcessorArchitecture::arm64},
+};
+
+struct KnownIisVersion {
+    std::string_view name;
+    IisVersion version;
+};
+
+// The IIS releases there are; "none" is a machine without IIS.
+constexpr KnownIisVersion kIisVersions[] = {
+    {"none", {0, 0}}, {"4.0", {4, 0}}, {"5.0", {5, 0}}, {"5.1", {5, 1}}, {"6.0", {6, 0}},
+    {"7.0", {7, 0}},  {"7.5", {7, 5}}, {"8.0", {8, 0}}, {"8.5", {8, 5}}, {"10.0", {10, 0}},
+};
+
+struct KnownIisFeature {
+    std::string_view name;
+    IisFeature feature;
+};
+
+constexpr KnownIisFeature kIisFeatures[] = {
+    {"metabaseCompatibility", IisFeature::metabaseCompatibility},
 };
 
 // Code pages whose table the simulated process has.
@@ -115,6 +136,42 @@ class ConfigReader {
         return path;
     }
 
+    IisVersion ReadIisVersion(const JsonMember& member) const {
+        ExpectKind(member, JsonValue::Kind::string);
+        for (const auto& known : kIisVersions) {
+            if (member.value.AsString() == known.name) {
+                return known.version;
+            }
+        }
+        std::string names;
+        for (const auto& known : kIisVersions) {
+            names += names.empty() ? "" : ", ";
+            names += known.name;
+        }
+        Fail(member.value.line(), "\"iisVersion\" must be one of " + names + ", not \"" +
+                                      member.value.AsString() + "\"");
+    }
+
+    std::vector<IisFeature> ReadIisFeatures(const JsonMember& member) const {
+        ExpectKind(member, JsonValue::Kind::array);
+        std::vector<IisFeature> features;
+        for (const JsonValue& item : member.value.AsArray()) {
+            const KnownIisFeature* found = nullptr;
+            for (const auto& known : kIisFeatures) {
+                if (item.kind() == JsonValue::Kind::string && item.AsString() == known.name) {
+                    found = &known;
+                }
+            }
+            if (found == nullptr) {
+                Fail(item.line(), "\"iisFeatures\" may hold only \"metabaseCompatibility\"");
+            }
+            if (std::find(features.begin(), features.end(), found->feature) == features.end()) {
+                features.push_back(found->feature);
+            }
+        }
+        return features;
+    }
+
   private:
     static bool IsFolderOnDriveC(qm::wstring_view path) {
         if (path.size() < 4 || (path[0] != u'C' && path[0] != u'c') || path[1] != u':' ||
@@ -154,6 +211,16 @@ bool MachineConfig::Is64Bit() const noexcept {
            architecture == ProcessorArchitecture::arm64;
 }
 
+bool MachineConfig::HasIisFeature(IisFeature feature) const noexcept {
+    return iisVersion.major >= 7 &&
+           std::find(iisFeatures.begin(), iisFeatures.end(), feature) != iisFeatures.end();
+}
+
+bool MachineConfig::HasMetabase() const noexcept {
+    return (iisVersion.Installed() && iisVersion.major < 7) ||
+           HasIisFeature(IisFeature::metabaseCompatibility);
+}
+
 MachineConfig ParseMachineConfig(std::string_view json, const std::filesystem::path& file) {
     JsonValue document;
     try {
@@ -181,6 +248,10 @@ MachineConfig ParseMachineConfig(std::string_view json, const std::filesystem::p
             hasCodePage = true;
         } else if (member.key == "windowsDirectory") {
             config.windowsDirectory = reader.ReadWindowsDirectory(member);
+        } else if (member.key == "iisVersion") {
+            config.iisVersion = reader.ReadIisVersion(member);
+        } else if (member.key == "iisFeatures") {
+            config.iisFeatures = reader.ReadIisFeatures(member);
         } else {
             reader.Fail(member.line, "unknown key \"" + member.key + "\"");
         }
@@ -208,6 +279,19 @@ std::string FormatMachineConfig(const MachineConfig& config) {
     members.push_back({"ansiCodePage", 0, JsonValue::Number(config.ansiCodePage)});
     members.push_back(
         {"windowsDirectory", 0, JsonValue::String(qm::to_utf8(config.windowsDirectory))});
+    for (const auto& known : kIisVersions) {
+        if (known.version == config.iisVersion) {
+            members.push_back({"iisVersion", 0, JsonValue::String(std::string(known.name))});
+        }
+    }
+    std::vector<JsonValue> features;
+    for (const auto& known : kIisFeatures) {
+        if (std::find(config.iisFeatures.begin(), config.iisFeatures.end(), known.feature) !=
+            config.iisFeatures.end()) {
+            features.push_back(JsonValue::String(std::string(known.name)));
+        }
+    }
+    members.push_back({"iisFeatures", 0, JsonValue::Array(std::move(features))});
     return WriteJson(JsonValue::Object(std::move(members)));
 }
 

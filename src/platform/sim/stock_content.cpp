@@ -8,6 +8,20 @@ RegistryKey& Ensure(RegistryKey& parent, const char16_t* name) {
     return key != nullptr ? *key : parent.AddSubKey(name);
 }
 
+// The values IIS setup writes that tell its version.
+void AddIisVersionValues(RegistryKey& localMachine, RegistryKey& software,
+                         const IisVersion& version) {
+    RegistryKey& parameters = Ensure(
+        Ensure(Ensure(Ensure(Ensure(localMachine, u"SYSTEM"), u"CurrentControlSet"), u"Services"),
+               u"W3SVC"),
+        u"Parameters");
+    parameters.SetValue(u"MajorVersion", platform::RegValue::Dword(version.major));
+    parameters.SetValue(u"MinorVersion", platform::RegValue::Dword(version.minor));
+    RegistryKey& inetStp = Ensure(Ensure(software, u"Microsoft"), u"InetStp");
+    inetStp.SetValue(u"MajorVersion", platform::RegValue::Dword(version.major));
+    inetStp.SetValue(u"MinorVersion", platform::RegValue::Dword(version.minor));
+}
+
 }  // namespace
 
 void AddStockRegistry(RegistryKey& localMachine, const MachineConfig& config) {
@@ -15,6 +29,9 @@ void AddStockRegistry(RegistryKey& localMachine, const MachineConfig& config) {
     Ensure(localMachine, u"SYSTEM");
     if (config.Is64Bit()) {
         Ensure(software, u"WOW6432Node");  // the 32-bit view of SOFTWARE
+    }
+    if (config.iisVersion.Installed()) {
+        AddIisVersionValues(localMachine, software, config.iisVersion);
     }
 }
 

@@ -36,6 +36,37 @@ TEST(MachineConfig, ReadsEveryKey) {
     EXPECT_EQ(config.windowsDirectory, u"C:\\WINNT");
 }
 
+TEST(MachineConfig, IisVersionAndFeaturesRoundTrip) {
+    MachineConfig config;
+    config.iisVersion = {7, 5};
+    config.iisFeatures = {IisFeature::metabaseCompatibility};
+    const MachineConfig read = ParseMachineConfig(FormatMachineConfig(config), "m.json");
+    EXPECT_EQ(read.iisVersion, (IisVersion{7, 5}));
+    EXPECT_TRUE(read.HasMetabase());
+    config.iisVersion = {0, 0};
+    EXPECT_FALSE(ParseMachineConfig(FormatMachineConfig(config), "m.json").iisVersion.Installed());
+}
+
+// Which machines can create the IIS 6 admin base object.
+TEST(MachineConfig, MetabaseExistsBeforeIis7OrWithTheCompatibilityFeature) {
+    struct Case {
+        IisVersion version;
+        bool feature;
+        bool metabase;
+    };
+    for (const Case& c :
+         {Case{{0, 0}, true, false}, Case{{5, 1}, false, true}, Case{{6, 0}, false, true},
+          Case{{7, 0}, false, false}, Case{{7, 5}, true, true}, Case{{10, 0}, false, false},
+          Case{{10, 0}, true, true}}) {
+        MachineConfig config;
+        config.iisVersion = c.version;
+        if (c.feature) {
+            config.iisFeatures.push_back(IisFeature::metabaseCompatibility);
+        }
+        EXPECT_EQ(config.HasMetabase(), c.metabase) << c.version.major << "." << c.version.minor;
+    }
+}
+
 TEST(MachineConfig, Arm64IsSixtyFourBit) {
     const MachineConfig config = ParseMachineConfig(
         R"({"osVersion": "10.0.22621", "processorArchitecture": "arm64", "ansiCodePage": 1252})",
@@ -110,6 +141,10 @@ INSTANTIATE_TEST_SUITE_P(
                   3, "x86, amd64 or arm64"},
         BadConfig{"{\n\"osVersion\": \"10.0\",\n\"ansiCodePage\": 1252}", 1,
                   "\"processorArchitecture\" is missing"},
+        BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"iisVersion\": \"9.0\"\n}", 5,
+                  "must be one of none, 4.0"},
+        BadConfig{HEAD "\"ansiCodePage\": 1252,\n\"iisFeatures\": [\"ftp\"]\n}", 5,
+                  "may hold only"},
         BadConfig{"\n[]", 2, "must hold an object"},
         BadConfig{"{\n\"osVersion\": \"10.0\",\n\"osVersion\": \"6.1\"}", 3, "duplicate key"}));
 #undef HEAD

@@ -1,0 +1,97 @@
+#pragma once
+// The IIS 7+ configuration schema the simulated configuration system knows: for each section,
+// its elements, attributes and collections, with the types, defaults, keys and limits IIS checks.
+// The schema text is our own, written in the format of IIS's schema files and built into the
+// library; sections that applicationHost.config declares but the schema does not describe are
+// kept as they stand and cannot be edited.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/wide_string.h"
+
+namespace webrig::sim::iis7 {
+
+enum class AttributeType { boolean, uint32, int32, int64, string, timeSpan, enumeration, flags };
+
+// One name of an enum or flags attribute.
+struct NamedValue {
+    std::u16string name;
+    uint32_t value = 0;
+};
+
+struct AttributeSchema {
+    std::u16string name;
+    AttributeType type = AttributeType::string;
+    // The default as IIS writes it in a file ("true", "00:20:00", "Integrated"); empty when none.
+    std::u16string defaultValue;
+    bool required = false;
+    bool isUniqueKey = false;
+    bool isCombinedKey = false;
+    bool caseSensitive = false;
+    // Stored as "[enc:AesProvider:...:enc]" in the file.
+    bool encrypted = false;
+    // A string that names a path and may hold %VARIABLES%.
+    bool expanded = false;
+    // A string or flags value that may not be empty.
+    bool validateNonEmpty = false;
+    // Numbers: inclusive range. timeSpan: range in seconds.
+    std::optional<int64_t> minimum;
+    std::optional<int64_t> maximum;
+    // timeSpan: the value must be a multiple of this many seconds (0: any).
+    uint32_t granularitySeconds = 0;
+    std::vector<NamedValue> values;  // enumeration and flags
+};
+
+struct ElementSchema;
+
+// A collection held by an element: entries are added with `addElement` names and removed or
+// cleared at lower levels with `removeElement` and `clearElement` (empty when not allowed).
+struct CollectionSchema {
+    std::vector<std::u16string> addElements;  // usually just "add"
+    std::u16string removeElement;
+    std::u16string clearElement;
+    // false: entries of a lower level come before the inherited ones.
+    bool mergeAppend = true;
+    bool allowDuplicates = false;
+};
+
+struct ElementSchema {
+    std::u16string name;
+    std::vector<AttributeSchema> attributes;
+    std::vector<ElementSchema> children;
+    // Present when the element holds a collection; its entries follow `entry`.
+    std::optional<CollectionSchema> collection;
+    std::vector<ElementSchema> entries;  // one per name in collection->addElements
+
+    const AttributeSchema* FindAttribute(std::u16string_view attribute) const;
+    const ElementSchema* FindChild(std::u16string_view child) const;
+    const ElementSchema* FindEntry(std::u16string_view entryName) const;
+};
+
+struct SectionSchema {
+    // Full name, "system.webServer/defaultDocument".
+    std::u16string name;
+    ElementSchema root;
+};
+
+// The schema of every section the simulated configuration system can edit.
+class Schema {
+  public:
+    // The built-in schema; parsed once, shared and immutable.
+    static const Schema& BuiltIn();
+
+    // nullptr when the schema does not describe `sectionName` (exact comparison, as IIS).
+    const SectionSchema* FindSection(std::u16string_view sectionName) const;
+    const std::vector<SectionSchema>& sections() const noexcept { return m_sections; }
+
+    explicit Schema(std::vector<SectionSchema> sections);
+
+  private:
+    std::vector<SectionSchema> m_sections;
+};
+
+}  // namespace webrig::sim::iis7
