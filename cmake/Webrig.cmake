@@ -23,12 +23,20 @@ if(WEBRIG_BUILD_FUZZ)
     target_compile_options(webrig_build_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# webrig_library(<name> <folder under src/> [DEPS <targets>...] [EXCLUDE <files>...])
-# A static library made of every .cpp in the folder (not its sub-folders) but the excluded ones.
+# webrig_library(<name> <folder under src/> [SUBFOLDERS <names>...] [DEPS <targets>...]
+#                [EXCLUDE <files>...])
+# A static library made of every .cpp in the folder and the named sub-folders (no others) but
+# the excluded ones.
 function(webrig_library name folder)
-    cmake_parse_arguments(ARG "" "" "DEPS;EXCLUDE" ${ARGN})
-    file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/*.cpp)
-    file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/*.h)
+    cmake_parse_arguments(ARG "" "" "SUBFOLDERS;DEPS;EXCLUDE" ${ARGN})
+    set(sources "")
+    set(headers "")
+    foreach(part IN ITEMS "" ${ARG_SUBFOLDERS})
+        file(GLOB part_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/${part}/*.cpp)
+        file(GLOB part_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${folder}/${part}/*.h)
+        list(APPEND sources ${part_sources})
+        list(APPEND headers ${part_headers})
+    endforeach()
     foreach(excluded IN LISTS ARG_EXCLUDE)
         list(REMOVE_ITEM sources ${PROJECT_SOURCE_DIR}/src/${folder}/${excluded})
     endforeach()

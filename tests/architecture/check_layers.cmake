@@ -2,7 +2,7 @@ cmake_minimum_required(VERSION 3.25)
 # Fails when a folder of src/ includes from a folder above it. SOURCE_DIR is the repository root.
 # Each layer may include itself and the layers listed after it; platform/sim and platform/win32
 # sit on the seam and may include only the seam and the support library.
-set(order exports services settings host platform support)
+set(order exports controller apphost metabase services settings host platform support)
 set(errors "")
 file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}/src ${SOURCE_DIR}/src/*.h ${SOURCE_DIR}/src/*.cpp)
 foreach(source IN LISTS sources)
