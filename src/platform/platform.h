@@ -6,10 +6,12 @@
 #include "platform/automation.h"
 #include "platform/clock.h"
 #include "platform/code_page.h"
+#include "platform/com_classes.h"
 #include "platform/file_system.h"
 #include "platform/host_objects.h"
 #include "platform/modules.h"
 #include "platform/registry.h"
+#include "platform/service_control.h"
 #include "platform/system_info.h"
 
 namespace webrig::platform {
@@ -26,6 +28,8 @@ class Platform {
     virtual ModuleLookup& modules() = 0;
     virtual Automation& automation() = 0;
     virtual HostObjects& hostObjects() = 0;
+    virtual ServiceControl& services() = 0;
+    virtual ComClasses& comClasses() = 0;
 };
 
 }  // namespace webrig::platform

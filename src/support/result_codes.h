@@ -31,6 +31,7 @@ constexpr hresult pointer = static_cast<hresult>(0x80004003u);
 constexpr hresult not_implemented = static_cast<hresult>(0x80004001u);
 constexpr hresult out_of_memory = static_cast<hresult>(0x8007000Eu);
 constexpr hresult invalid_arg = static_cast<hresult>(0x80070057u);
+constexpr hresult class_not_registered = static_cast<hresult>(0x80040154u);  // REGDB_E_CLASSNOTREG
 }  // namespace hr
 
 // Win32 error codes (GetLastError, registry and service results).
@@ -57,8 +58,18 @@ constexpr uint32_t already_exists = 183;
 constexpr uint32_t more_data = 234;
 constexpr uint32_t no_more_items = 259;
 constexpr uint32_t key_deleted = 1018;
+constexpr uint32_t service_request_timeout = 1053;
+constexpr uint32_t service_no_thread = 1054;
+constexpr uint32_t service_database_locked = 1055;
+constexpr uint32_t service_already_running = 1056;
 constexpr uint32_t service_disabled = 1058;
 constexpr uint32_t service_does_not_exist = 1060;
+constexpr uint32_t service_cannot_accept_ctrl = 1061;
+constexpr uint32_t service_not_active = 1062;
+constexpr uint32_t service_dependency_fail = 1068;
+constexpr uint32_t service_logon_failed = 1069;
+constexpr uint32_t service_marked_for_delete = 1072;
+constexpr uint32_t service_dependency_deleted = 1075;
 constexpr uint32_t cancelled = 1223;
 }  // namespace win32
 

@@ -57,12 +57,15 @@ void RefuseExisting(const std::filesystem::path& path) {
 
 }  // namespace
 
-Machine::Machine(std::filesystem::path folder, MachineConfig config, RegFile localMachine)
+Machine::Machine(std::filesystem::path folder, MachineConfig config, RegFile localMachine,
+                 ServicesFile services)
     : m_folder(std::move(folder)),
       m_config(std::move(config)),
       m_registry(std::move(localMachine), LocalMachineRegPath(m_folder), m_config.Is64Bit()),
       m_system(m_config),
-      m_files(DriveCPath(m_folder)) {}
+      m_files(DriveCPath(m_folder)),
+      m_services(std::move(services), ServicesJsonPath(m_folder), m_clock),
+      m_comClasses(m_config) {}
 
 std::unique_ptr<Machine> Machine::Open(const std::filesystem::path& folder) {
     std::error_code error;
@@ -78,8 +81,17 @@ std::unique_ptr<Machine> Machine::Open(const std::filesystem::path& folder) {
     if (!std::filesystem::is_directory(DriveCPath(folder), error)) {
         throw MachineError(DriveCPath(folder), 0, "the C: drive folder is missing");
     }
+    // A machine made before services were simulated has the services its IIS installs.
+    const std::filesystem::path servicesPath = ServicesJsonPath(folder);
+    ServicesFile services = StockServices(config);
+    if (std::filesystem::exists(servicesPath, error)) {
+        const std::vector<std::byte> text = ReadFile(servicesPath);
+        services = ParseServicesFile(
+            std::string_view(reinterpret_cast<const char*>(text.data()), text.size()),
+            servicesPath);
+    }
     return std::unique_ptr<Machine>(
-        new Machine(folder, std::move(config), std::move(localMachine)));
+        new Machine(folder, std::move(config), std::move(localMachine), std::move(services)));
 }
 
 void Machine::Create(const std::filesystem::path& folder, const MachineConfig& config) {
@@ -103,6 +115,9 @@ void Machine::Create(const std::filesystem::path& folder, const MachineConfig& c
     RegFile localMachine = RegFile::New();
     AddStockRegistry(localMachine.Root(), config);
     WriteNewFile(regPath, localMachine.Render()->bytes);
+    const std::string services = FormatServicesFile(StockServices(config));
+    WriteNewFile(ServicesJsonPath(folder),
+                 std::as_bytes(std::span(services.data(), services.size())));
     // machine.json last: a folder that has it holds a whole machine.
     const std::string json = FormatMachineConfig(config);
     WriteNewFile(jsonPath, std::as_bytes(std::span(json.data(), json.size())));

@@ -3,6 +3,7 @@
 //
 //   machine.json        Windows version, processor architecture, ANSI code page
 //   registry/HKLM.reg   HKEY_LOCAL_MACHINE as regedit exports it
+//   services.json       the Windows services and how each behaves
 //   drive_c/            the C: drive
 //
 // A Machine is the Platform webrig runs on under Linux. Changes reach the folder as they happen;
@@ -19,6 +20,7 @@
 #include "platform/sim/sim_host_objects.h"
 #include "platform/sim/sim_modules.h"
 #include "platform/sim/sim_registry.h"
+#include "platform/sim/sim_service_control.h"
 #include "platform/sim/sim_system_info.h"
 #include "platform/sim/windows_1252.h"
 
@@ -40,6 +42,7 @@ class Machine final : public platform::Platform {
     // The modules of the simulated process, for hosts and tests that load some.
     SimModules& simModules() noexcept { return m_modules; }
     SimRegistry& simRegistry() noexcept { return m_registry; }
+    SimServiceControl& simServices() noexcept { return m_services; }
 
     platform::Registry& registry() override { return m_registry; }
     platform::SystemInfo& system() override { return m_system; }
@@ -49,9 +52,24 @@ class Machine final : public platform::Platform {
     platform::ModuleLookup& modules() override { return m_modules; }
     platform::Automation& automation() override { return m_automation; }
     platform::HostObjects& hostObjects() override { return m_hostObjects; }
+    platform::ServiceControl& services() override { return m_services; }
+    platform::ComClasses& comClasses() override { return m_comClasses; }
 
   private:
-    Machine(std::filesystem::path folder, MachineConfig config, RegFile localMachine);
+    // The IIS 6 admin base class is registered where machine.json says the metabase is.
+    class SimComClasses final : public platform::ComClasses {
+      public:
+        explicit SimComClasses(const MachineConfig& config) : m_config(config) {}
+        qm::hresult ProbeAdminBaseClassFactory() override {
+            return m_config.HasMetabase() ? qm::hr::ok : qm::hr::class_not_registered;
+        }
+
+      private:
+        const MachineConfig& m_config;
+    };
+
+    Machine(std::filesystem::path folder, MachineConfig config, RegFile localMachine,
+            ServicesFile services);
 
     std::filesystem::path m_folder;
     MachineConfig m_config;
@@ -63,6 +81,8 @@ class Machine final : public platform::Platform {
     SimModules m_modules;
     SimAutomation m_automation;
     SimHostObjects m_hostObjects;
+    SimServiceControl m_services;
+    SimComClasses m_comClasses;
 };
 
 }  // namespace webrig::sim

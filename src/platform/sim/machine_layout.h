@@ -17,6 +17,10 @@ inline std::filesystem::path LocalMachineRegPath(const std::filesystem::path& fo
     return RegistryFolder(folder) / "HKLM.reg";
 }
 
+inline std::filesystem::path ServicesJsonPath(const std::filesystem::path& folder) {
+    return folder / "services.json";
+}
+
 // The folder that is C:\.
 inline std::filesystem::path DriveCPath(const std::filesystem::path& folder) {
     return folder / "drive_c";

@@ -39,4 +39,24 @@ std::vector<qm::wstring> StockFolders(const MachineConfig& config) {
     return {config.windowsDirectory, config.windowsDirectory + u"\\System32"};
 }
 
+ServicesFile StockServices(const MachineConfig& config) {
+    ServicesFile file;
+    if (!config.iisVersion.Installed()) {
+        return file;
+    }
+    // Running and started with Windows; a start or stop takes a moment, as on a real server.
+    ServiceScript service;
+    service.state = 4;
+    service.startType = StartType::automatic;
+    service.startPendingMs = 1500;
+    service.stopPendingMs = 1000;
+    service.waitHintMs = 2000;
+    service.checkPointEveryMs = 500;
+    file.services.emplace(u"W3SVC", service);
+    if (config.HasMetabase()) {
+        file.services.emplace(u"IISADMIN", service);
+    }
+    return file;
+}
+
 }  // namespace webrig::sim

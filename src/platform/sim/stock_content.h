@@ -6,6 +6,7 @@
 
 #include "platform/sim/machine_config.h"
 #include "platform/sim/registry_key.h"
+#include "platform/sim/service_script.h"
 
 namespace webrig::sim {
 
@@ -14,5 +15,8 @@ void AddStockRegistry(RegistryKey& localMachine, const MachineConfig& config);
 
 // Folders every installation has, as Windows paths.
 std::vector<qm::wstring> StockFolders(const MachineConfig& config);
+
+// The services IIS installs: W3SVC on every IIS, and IISADMIN where the IIS 6 admin base is.
+ServicesFile StockServices(const MachineConfig& config);
 
 }  // namespace webrig::sim

@@ -57,13 +57,43 @@ class UnavailableFileSystem final : public platform::FileSystem {
     }
 };
 
+class UnavailableServiceControl final : public platform::ServiceControl {
+  public:
+    platform::ServiceHandle OpenManager(uint32_t) override { return Unavailable(); }
+    platform::ServiceHandle OpenNamedService(platform::ServiceHandle, qm::wstring_view,
+                                             uint32_t) override {
+        return Unavailable();
+    }
+    bool QueryStatus(platform::ServiceHandle, platform::ServiceStatus&) override {
+        return Unavailable() != platform::kNoService;
+    }
+    bool Start(platform::ServiceHandle) override { return Unavailable() != platform::kNoService; }
+    bool Control(platform::ServiceHandle, uint32_t, platform::ServiceStatus&) override {
+        return Unavailable() != platform::kNoService;
+    }
+    bool Close(platform::ServiceHandle) override { return Unavailable() != platform::kNoService; }
+
+  private:
+    static platform::ServiceHandle Unavailable() {
+        qm::set_last_error(not_ready);
+        return platform::kNoService;
+    }
+};
+
+class UnavailableComClasses final : public platform::ComClasses {
+  public:
+    qm::hresult ProbeAdminBaseClassFactory() override { return qm::hresult_from_win32(not_ready); }
+};
+
 }  // namespace
 
 UnavailableMachine::UnavailableMachine(qm::wstring reason)
     : m_reason(std::move(reason)),
       m_registry(std::make_unique<UnavailableRegistry>()),
       m_system(std::make_unique<UnavailableSystemInfo>()),
-      m_files(std::make_unique<UnavailableFileSystem>()) {}
+      m_files(std::make_unique<UnavailableFileSystem>()),
+      m_services(std::make_unique<UnavailableServiceControl>()),
+      m_comClasses(std::make_unique<UnavailableComClasses>()) {}
 
 UnavailableMachine::~UnavailableMachine() = default;
 

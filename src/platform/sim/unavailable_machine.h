@@ -2,7 +2,7 @@
 // The platform of a process whose simulated machine could not be opened. Everything that
 // belongs to the machine (registry, files, system information) fails with ERROR_NOT_READY, like
 // a drive that is not there; what belongs to the process itself (clock, code page, modules,
-// BSTRs, host objects) still works.
+// BSTRs, host objects) still works. The service control manager fails the same way.
 
 #include <memory>
 
@@ -32,12 +32,16 @@ class UnavailableMachine final : public platform::Platform {
     platform::ModuleLookup& modules() override { return m_modules; }
     platform::Automation& automation() override { return m_automation; }
     platform::HostObjects& hostObjects() override { return m_hostObjects; }
+    platform::ServiceControl& services() override { return *m_services; }
+    platform::ComClasses& comClasses() override { return *m_comClasses; }
 
   private:
     qm::wstring m_reason;
     std::unique_ptr<platform::Registry> m_registry;
     std::unique_ptr<platform::SystemInfo> m_system;
     std::unique_ptr<platform::FileSystem> m_files;
+    std::unique_ptr<platform::ServiceControl> m_services;
+    std::unique_ptr<platform::ComClasses> m_comClasses;
     SimClock m_clock;
     Windows1252 m_codePage;
     SimModules m_modules;

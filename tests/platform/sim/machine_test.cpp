@@ -141,3 +141,39 @@ TEST(Machine, OwnModuleIsAvailableToHosts) {
 
 }  // namespace
 }  // namespace webrig::sim
+
+namespace webrig::sim {
+namespace {
+
+// A fresh machine has the IIS services its IIS installs, and its admin base class where the
+// metabase is, whichever process opens it later.
+TEST(Machine, CreateInstallsTheServicesAndClassesOfItsIis) {
+    struct Case {
+        IisVersion version;
+        bool compatibility;
+        bool w3svc;
+        bool iisAdmin;
+    };
+    for (const Case& c : {Case{{0, 0}, false, false, false}, Case{{6, 0}, false, true, true},
+                          Case{{7, 5}, false, true, false}, Case{{10, 0}, false, true, false},
+                          Case{{10, 0}, true, true, true}}) {
+        MachineConfig config;
+        config.iisVersion = c.version;
+        if (c.compatibility) {
+            config.iisFeatures.push_back(IisFeature::metabaseCompatibility);
+        }
+        testing::TempMachine temp(config);
+        Machine& machine = temp.Reopen();
+        const ServicesFile services = machine.simServices().Snapshot();
+        const std::string what = std::to_string(c.version.major) + (c.compatibility ? "+" : "");
+        EXPECT_EQ(services.services.contains(u"W3SVC"), c.w3svc) << what;
+        EXPECT_EQ(services.services.contains(u"IISADMIN"), c.iisAdmin) << what;
+        if (c.w3svc) {
+            EXPECT_EQ(services.services.at(u"W3SVC").state, platform::service_state::running);
+        }
+        EXPECT_EQ(machine.comClasses().ProbeAdminBaseClassFactory() == 0, c.iisAdmin) << what;
+    }
+}
+
+}  // namespace
+}  // namespace webrig::sim

@@ -1,0 +1,23 @@
+#pragma once
+// Which COM classes the machine can create. The IIS 6 admin base class is there on IIS 6 and
+// older, and on later IIS only with its metabase compatibility feature; webrig asks before
+// choosing the metabase backend.
+
+#include <cstdint>
+
+#include "support/result_codes.h"
+
+namespace webrig::platform {
+
+class ComClasses {
+  public:
+    virtual ~ComClasses() = default;
+
+    // CoGetClassObject for the IIS 6 admin base class ({A9E69610-B80D-11D0-B9B9-00A0C922E750})
+    // with its class factory interface, on the local machine; the factory is released at once.
+    // S_OK when it could be obtained, else the failure HRESULT (REGDB_E_CLASSNOTREG when the
+    // class is not registered).
+    virtual qm::hresult ProbeAdminBaseClassFactory() = 0;
+};
+
+}  // namespace webrig::platform
