@@ -52,7 +52,10 @@ int32_t InitializeOn(std::shared_ptr<platform::Platform> platform, const qm::wst
 }
 
 int32_t Uninitialize() {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return WithRuntime([](CIISProRuntime& runtime) {
+        runtime.RestartW3cService();
+        return 0;
+    });
 }
 
 int32_t ComponentInstall(const qm::wstring& component, void* /*operations*/) {
@@ -78,19 +81,31 @@ int32_t CheckForContinue(const qm::wstring& component, int32_t continueWithoutII
 }
 
 int32_t VRootUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return WithRuntime([](CIISProRuntime& runtime) {
+        runtime.RestartW3cService();
+        return 0;
+    });
 }
 
 int32_t WebSiteUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return WithRuntime([](CIISProRuntime& runtime) {
+        runtime.RestartW3cService();
+        return 0;
+    });
 }
 
 int32_t AppPoolUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return WithRuntime([](CIISProRuntime& runtime) {
+        runtime.RestartW3cService();
+        return 0;
+    });
 }
 
 int32_t WebServiceExtensionUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return WithRuntime([](CIISProRuntime& runtime) {
+        runtime.RestartW3cService();
+        return 0;
+    });
 }
 
 }  // namespace webrig::exports

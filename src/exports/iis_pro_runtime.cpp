@@ -1,7 +1,10 @@
 #include "exports/iis_pro_runtime.h"
 
 #include "host/event_log.h"
+#include "services/backend_choice.h"
+#include "services/iis_admin_check.h"
 #include "services/iis_major_version.h"
+#include "services/w3svc.h"
 
 CIISProRuntime::CIISProRuntime(std::shared_ptr<webrig::platform::Platform> platform)
     : m_platform(std::move(platform)) {}
@@ -10,12 +13,50 @@ int32_t CIISProRuntime::Initialize(CIISLoader& loader, std::unique_ptr<IIISEvent
                                    uint32_t context) {
     eventSink = std::move(sink);
     hostContext = context;
-    return loader.Load(propertyBag);
+    const int32_t loaded = loader.Load(propertyBag);
+    // IIS 7 and later need neither service to be configured.
+    if (propertyBag.ignoreIIS != 0 || propertyBag.iisMajorVersion >= 7) {
+        return 0;
+    }
+    const webrig::services::ServiceContext services = ServiceContext();
+    if (const int32_t checked = webrig::services::CheckIisAdminService(services, propertyBag);
+        checked != 0) {
+        return checked;
+    }
+    if (propertyBag.ignoreIIS != 0) {
+        return 0;
+    }
+    webrig::services::ServiceHandles w3svc(services.services);
+    if (const int32_t opened = webrig::services::OpenW3svc(services, w3svc); opened != 0) {
+        return opened;
+    }
+    if (propertyBag.iisMajorVersion < 6) {
+        return 0;
+    }
+    const int32_t started = webrig::services::CheckAndStartW3CService(services, w3svc.service);
+    return started != 0 ? started : loaded;
+}
+
+int32_t CIISProRuntime::RestartW3cService() {
+    return webrig::services::RestartW3cService(ServiceContext(), propertyBag);
+}
+
+int32_t CIISProRuntime::ReadIisMajorVersion() {
+    const uint32_t version = webrig::services::ReadIisMajorVersion(m_platform->registry());
+    propertyBag.iisMajorVersion = static_cast<int32_t>(version);
+    return propertyBag.iisMajorVersion;
+}
+
+bool CIISProRuntime::UseIis7Objects() {
+    return webrig::services::UseIis7Objects(propertyBag, m_platform->comClasses(), eventSink.get());
+}
+
+webrig::services::ServiceContext CIISProRuntime::ServiceContext() {
+    return {m_platform->services(), m_platform->clock(), eventSink.get()};
 }
 
 int32_t CIISProRuntime::CheckForContinue(const qm::wstring& component, int32_t continueWithoutIIS) {
-    const uint32_t version = webrig::services::ReadIisMajorVersion(m_platform->registry());
-    propertyBag.iisMajorVersion = static_cast<int32_t>(version);
+    const auto version = static_cast<uint32_t>(ReadIisMajorVersion());
     if (version < 4) {
         propertyBag.ignoreIIS = 1;
         if (ComponentHasIISItems(component)) {

@@ -7,6 +7,7 @@
 
 #include "host/iis_event.h"
 #include "platform/platform.h"
+#include "services/service_context.h"
 #include "settings/iis_loader.h"
 #include "settings/iis_property_bag.h"
 
@@ -16,8 +17,9 @@ class CIISProRuntime final {
     CIISProRuntime(const CIISProRuntime&) = delete;
     CIISProRuntime& operator=(const CIISProRuntime&) = delete;
 
-    // Takes the event sink and the host context, and lets the bag load itself through `loader`.
-    // Returns the initialization status, which the export does not pass on.
+    // Takes the event sink and the host context, lets the bag load itself through `loader`, and on
+    // IIS before 7 makes sure the IIS Admin Service and the web service run. Returns the
+    // initialization status, which the export does not pass on.
     int32_t Initialize(CIISLoader& loader, std::unique_ptr<IIISEvent> sink, uint32_t context);
 
     // Reads the installed IIS version and decides whether `component` can be installed: 0, or -1
@@ -27,6 +29,16 @@ class CIISProRuntime final {
     // Whether the component creates anything IIS needs to be present for (websites alone do not
     // count).
     bool ComponentHasIISItems(const qm::wstring& component);
+
+    // Restarts the web service at the end of a run when the project asks for it.
+    int32_t RestartW3cService();
+
+    // The IIS major version from the registry, kept in the bag as well.
+    int32_t ReadIisMajorVersion();
+
+    // Whether this call's controller works on the IIS 7+ configuration system (else the
+    // metabase).
+    bool UseIis7Objects();
 
     // The runtime's log helper: one line to the event sink, if any.
     void Log(const qm::wstring& text);
@@ -39,5 +51,7 @@ class CIISProRuntime final {
     std::set<qm::wstring> installedComponents;
 
   private:
+    webrig::services::ServiceContext ServiceContext();
+
     std::shared_ptr<webrig::platform::Platform> m_platform;
 };

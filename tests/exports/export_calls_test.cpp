@@ -115,5 +115,26 @@ TEST_F(ExportCallsTest, TheUninstallCallsStillRunAfterUninitialize) {
     EXPECT_NE(CurrentRuntime(), nullptr);
 }
 
+// The restart stops W3SVC (1 s) and starts it again (1.5 s) on the stock IIS 6 services; the
+// simulated clock shows that it ran, and the service runs again afterwards.
+TEST(UninitializeTest, RestartsTheWebServiceWhenAsked) {
+    for (const char* restart : {"1", "0"}) {
+        sim::MachineConfig config;
+        config.iisVersion = {6, 0};
+        testing::TempMachine temp(config);
+        fs::create_directories(temp.path() / "drive_c" / "Temp");
+        std::ofstream(temp.path() / "drive_c" / "Temp" / "setup.ini", std::ios::binary)
+            << "[GlobalOptions]\r\nIISVERSION=6\r\nRESTARTW3SVC=" << restart << "\r\n";
+        auto machine = std::shared_ptr<sim::Machine>(sim::Machine::Open(temp.path()));
+        InitializeOn(machine, u"C:\\Temp\\setup.ini", 0);
+        const uint32_t before = machine->clock().TickCount();
+        EXPECT_EQ(Uninitialize(), 0);
+        EXPECT_EQ(machine->clock().TickCount() - before, restart == std::string("1") ? 2500u : 0u);
+        EXPECT_EQ(machine->simServices().Snapshot().services.at(u"W3SVC").state,
+                  platform::service_state::running);
+        ReleaseRuntime();
+    }
+}
+
 }  // namespace
 }  // namespace webrig::exports

@@ -29,6 +29,8 @@ constexpr StartTypeName kStartTypes[] = {
     {"disabled", StartType::disabled},
 };
 
+constexpr uint32_t kMaxWaitHintMs = 86'400'000;
+
 class ServicesReader {
   public:
     explicit ServicesReader(const std::filesystem::path& file) : m_file(file) {}
@@ -44,12 +46,12 @@ class ServicesReader {
         }
     }
 
-    uint32_t ReadCount(const JsonMember& member) const {
+    uint32_t ReadCount(const JsonMember& member, uint32_t maximum = 0xFFFFFFFFu) const {
         Expect(member, JsonValue::Kind::number);
         const double number = member.value.AsNumber();
-        if (!member.value.IsInteger() || number < 0 || number > 0xFFFFFFFFu) {
-            Fail(member.value.line(),
-                 "\"" + member.key + "\" must be a whole number from 0 to 4294967295");
+        if (!member.value.IsInteger() || number < 0 || number > maximum) {
+            Fail(member.value.line(), "\"" + member.key + "\" must be a whole number from 0 to " +
+                                          std::to_string(maximum));
         }
         return static_cast<uint32_t>(number);
     }
@@ -91,7 +93,8 @@ class ServicesReader {
             } else if (key == "stopPendingMs") {
                 script.stopPendingMs = ReadDuration(member);
             } else if (key == "waitHintMs") {
-                script.waitHintMs = ReadCount(member);
+                // A day at most: a caller that waits by the hint must come to an end.
+                script.waitHintMs = ReadCount(member, kMaxWaitHintMs);
             } else if (key == "checkPointEveryMs") {
                 script.checkPointEveryMs = ReadCount(member);
             } else if (key == "openError") {

@@ -33,7 +33,8 @@ struct ServiceScript {
     std::optional<uint32_t> stopPendingMs = 0;
     // The wait hint reported while pending.
     uint32_t waitHintMs = 0;
-    // The checkpoint goes up by one this often while pending; 0: it never moves.
+    // The checkpoint goes up by one this often while pending; 0: it never moves. It never moves
+    // either in a transition that never ends.
     uint32_t checkPointEveryMs = 0;
     // Win32 codes the calls fail with (0: they do not).
     uint32_t openError = 0;

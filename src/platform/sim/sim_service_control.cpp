@@ -116,8 +116,11 @@ platform::ServiceStatus SimServiceControl::StatusOf(LiveService& service) {
         if (pending.duration && elapsed >= *pending.duration) {
             service.pending.reset();
         } else {
+            // A transition that never ends makes no progress: its checkpoint stands still, so
+            // that a caller waiting for progress gives up as it would on Windows.
             const uint32_t every = service.script.checkPointEveryMs;
-            return {pending.state, every == 0 ? 1 : 1 + elapsed / every, service.script.waitHintMs};
+            const bool moves = every != 0 && pending.duration.has_value();
+            return {pending.state, moves ? 1 + elapsed / every : 1, service.script.waitHintMs};
         }
     }
     return {service.script.state, 0, 0};

@@ -66,6 +66,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "one of auto, demand, disabled"},
         BadFile{"{\"services\": {\n\"W3SVC\": {\"waitHintMs\": -1}}}", 2, "whole number"},
         BadFile{"{\"services\": {\n\"W3SVC\": {\"waitHintMs\": 1.5}}}", 2, "whole number"},
+        BadFile{"{\"services\": {\n\"W3SVC\": {\"waitHintMs\": 86400001}}}", 2,
+                "from 0 to 86400000"},
         BadFile{"{\"services\": {\n\"W3SVC\": {\"ignoresStop\": 1}}}", 2, "must be a boolean"},
         BadFile{"{\"services\": {\n\"W3SVC\": {\"pendingMs\": 1}}}", 2,
                 "unknown key \"pendingMs\" in service \"W3SVC\""},
