@@ -1,5 +1,6 @@
 // The JSON reader must never crash or recurse without bound, and what the writer makes of a
-// document must read back as the same document; the same holds for machine.json itself.
+// document must read back as the same document; the same holds for machine.json and
+// services.json.
 
 #include <cstdlib>
 #include <string_view>
@@ -7,6 +8,7 @@
 #include "platform/sim/json.h"
 #include "platform/sim/machine_config.h"
 #include "platform/sim/machine_error.h"
+#include "platform/sim/service_script.h"
 
 namespace {
 
@@ -34,7 +36,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
               again.osVersion.build == config.osVersion.build &&
               again.architecture == config.architecture &&
               again.ansiCodePage == config.ansiCodePage &&
-              again.windowsDirectory == config.windowsDirectory);
+              again.windowsDirectory == config.windowsDirectory &&
+              again.iisVersion == config.iisVersion && again.iisFeatures == config.iisFeatures);
+    } catch (const webrig::sim::MachineError&) {
+    }
+    try {
+        const auto services = webrig::sim::ParseServicesFile(text, "services.json");
+        Check(webrig::sim::ParseServicesFile(webrig::sim::FormatServicesFile(services),
+                                             "services.json") == services);
     } catch (const webrig::sim::MachineError&) {
     }
     return 0;
