@@ -81,31 +81,19 @@ int32_t CheckForContinue(const qm::wstring& component, int32_t continueWithoutII
 }
 
 int32_t VRootUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime& runtime) {
-        runtime.RestartW3cService();
-        return 0;
-    });
+    return WithRuntime([](CIISProRuntime&) { return 0; });
 }
 
 int32_t WebSiteUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime& runtime) {
-        runtime.RestartW3cService();
-        return 0;
-    });
+    return WithRuntime([](CIISProRuntime&) { return 0; });
 }
 
 int32_t AppPoolUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime& runtime) {
-        runtime.RestartW3cService();
-        return 0;
-    });
+    return WithRuntime([](CIISProRuntime&) { return 0; });
 }
 
 int32_t WebServiceExtensionUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime& runtime) {
-        runtime.RestartW3cService();
-        return 0;
-    });
+    return WithRuntime([](CIISProRuntime&) { return 0; });
 }
 
 }  // namespace webrig::exports

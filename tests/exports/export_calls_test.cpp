@@ -128,6 +128,14 @@ TEST(UninitializeTest, RestartsTheWebServiceWhenAsked) {
         auto machine = std::shared_ptr<sim::Machine>(sim::Machine::Open(temp.path()));
         InitializeOn(machine, u"C:\\Temp\\setup.ini", 0);
         const uint32_t before = machine->clock().TickCount();
+        // Only Uninitialize restarts.
+        EXPECT_EQ(VRootUninstall(u"Root"), 0);
+        EXPECT_EQ(WebSiteUninstall(u"Site"), 0);
+        EXPECT_EQ(AppPoolUninstall(u"Pool"), 0);
+        EXPECT_EQ(WebServiceExtensionUninstall(u"Ext"), 0);
+        EXPECT_EQ(CheckForContinue(u"Web", 0), 0);
+        EXPECT_EQ(ComponentInstall(u"Web", nullptr), 0);
+        EXPECT_EQ(machine->clock().TickCount(), before);
         EXPECT_EQ(Uninitialize(), 0);
         EXPECT_EQ(machine->clock().TickCount() - before, restart == std::string("1") ? 2500u : 0u);
         EXPECT_EQ(machine->simServices().Snapshot().services.at(u"W3SVC").state,
