@@ -6,6 +6,7 @@
 
 #include "exports/iis_pro_runtime.h"
 #include "settings/iis_pro_ini_loader.h"
+#include "testing/case_name.h"
 #include "testing/recording_event_sink.h"
 #include "testing/temp_machine.h"
 
@@ -164,12 +165,6 @@ INSTANTIATE_TEST_SUITE_P(Cases, RuntimeInitializeTest,
                                                 0,
                                                 {},
                                                 false}),
-                         [](const auto& param) {
-                             std::string name = param.param.what;
-                             for (char& ch : name) {
-                                 ch = std::isalnum(static_cast<unsigned char>(ch)) ? ch : '_';
-                             }
-                             return name;
-                         });
+                         webrig::testing::NameFromWhat());
 
 }  // namespace

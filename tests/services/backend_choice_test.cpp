@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "testing/case_name.h"
 #include "testing/recording_event_sink.h"
 #include "testing/temp_machine.h"
 
@@ -73,13 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
         // The bag's version decides, not the machine's: a project that says 6 gets the
         // metabase even where only the compatibility layer provides it.
         Case{"bag says 6 on IIS 10", {10, 0}, true, 6, u"", false, {kBelow7}}),
-    [](const auto& param) {
-        std::string name = param.param.what;
-        for (char& ch : name) {
-            ch = std::isalnum(static_cast<unsigned char>(ch)) ? ch : '_';
-        }
-        return name;
-    });
+    webrig::testing::NameFromWhat());
 
 }  // namespace
 }  // namespace webrig::services

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "scripted_services.h"
+#include "testing/case_name.h"
 
 namespace webrig::services {
 namespace {
@@ -12,17 +13,12 @@ using ::testing::ElementsAreArray;
 using testing::ScriptedServices;
 using testing::Service;
 using testing::Services;
+using testing::With;
 
 namespace state = platform::service_state;
 
 sim::ServicesFile IisAdmin(sim::ServiceScript script, uint32_t managerError = 0) {
     return Services({{u"IISADMIN", script}}, managerError);
-}
-
-template <typename Change>
-sim::ServiceScript With(sim::ServiceScript script, Change change) {
-    change(script);
-    return script;
 }
 
 struct AdminCase {
@@ -176,13 +172,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {},
                   0,
                   1}),
-    [](const auto& param) {
-        std::string name = param.param.what;
-        for (char& ch : name) {
-            ch = std::isalnum(static_cast<unsigned char>(ch)) ? ch : '_';
-        }
-        return name;
-    });
+    webrig::testing::NameFromWhat());
 
 }  // namespace
 }  // namespace webrig::services

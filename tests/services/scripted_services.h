@@ -57,6 +57,13 @@ inline sim::ServiceScript Service(uint32_t state, std::optional<uint32_t> startM
     return script;
 }
 
+// `script` changed by `change`, for cases that differ from the usual service in one field.
+template <typename Change>
+sim::ServiceScript With(sim::ServiceScript script, Change change) {
+    change(script);
+    return script;
+}
+
 inline sim::ServicesFile Services(std::vector<std::pair<qm::wstring, sim::ServiceScript>> list,
                                   uint32_t managerError = 0) {
     sim::ServicesFile file;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "scripted_services.h"
+#include "testing/case_name.h"
 
 namespace webrig::services {
 namespace {
@@ -12,13 +13,9 @@ using ::testing::ElementsAreArray;
 using testing::ScriptedServices;
 using testing::Service;
 using testing::Services;
+using testing::With;
 
 namespace state = platform::service_state;
-
-sim::ServiceScript With(sim::ServiceScript script, void (*change)(sim::ServiceScript&)) {
-    change(script);
-    return script;
-}
 
 constexpr const char16_t* kStartsFine[] = {
     u"CheckAndStartW3CService",
@@ -104,13 +101,7 @@ INSTANTIATE_TEST_SUITE_P(
                    u"GetLastError returned: 5"},
                   0,
                   state::stopped}),
-    [](const auto& param) {
-        std::string name = param.param.what;
-        for (char& ch : name) {
-            ch = std::isalnum(static_cast<unsigned char>(ch)) ? ch : '_';
-        }
-        return name;
-    });
+    webrig::testing::NameFromWhat());
 
 TEST(OpenW3svc, NamesWhichHandleFailedAndLeavesNoneOpen) {
     struct Case {
@@ -215,13 +206,7 @@ INSTANTIATE_TEST_SUITE_P(
             0,
             {u"RestartProp value: 1", u"RestartW3cService: final result for stop/start: -1105"},
             0}),
-    [](const auto& param) {
-        std::string name = param.param.what;
-        for (char& ch : name) {
-            ch = std::isalnum(static_cast<unsigned char>(ch)) ? ch : '_';
-        }
-        return name;
-    });
+    webrig::testing::NameFromWhat());
 
 }  // namespace
 }  // namespace webrig::services

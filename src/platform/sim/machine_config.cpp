@@ -4,8 +4,7 @@
 #include <charconv>
 #include <vector>
 
-#include "platform/sim/json.h"
-#include "platform/sim/machine_error.h"
+#include "platform/sim/json_file_reader.h"
 #include "support/case_insensitive.h"
 
 namespace webrig::sim {
@@ -47,20 +46,9 @@ constexpr KnownIisFeature kIisFeatures[] = {
 // Code pages whose table the simulated process has.
 constexpr uint32_t kSupportedCodePages[] = {1252};
 
-class ConfigReader {
+class ConfigReader : public JsonFileReader {
   public:
-    explicit ConfigReader(const std::filesystem::path& file) : m_file(file) {}
-
-    [[noreturn]] void Fail(int line, const std::string& message) const {
-        throw MachineError(m_file, line, message);
-    }
-
-    void ExpectKind(const JsonMember& member, JsonValue::Kind kind) const {
-        if (member.value.kind() != kind) {
-            Fail(member.value.line(), "\"" + member.key + "\" must be " + DescribeKind(kind) +
-                                          ", not " + DescribeKind(member.value.kind()));
-        }
-    }
+    using JsonFileReader::JsonFileReader;
 
     platform::OsVersion ReadVersion(const JsonMember& member) const {
         ExpectKind(member, JsonValue::Kind::string);
@@ -191,8 +179,6 @@ class ConfigReader {
         }
         return true;
     }
-
-    const std::filesystem::path& m_file;
 };
 
 std::string ArchitectureName(ProcessorArchitecture architecture) {

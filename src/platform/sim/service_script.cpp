@@ -2,8 +2,7 @@
 
 #include <vector>
 
-#include "platform/sim/json.h"
-#include "platform/sim/machine_error.h"
+#include "platform/sim/json_file_reader.h"
 
 namespace webrig::sim {
 namespace {
@@ -31,23 +30,12 @@ constexpr StartTypeName kStartTypes[] = {
 
 constexpr uint32_t kMaxWaitHintMs = 86'400'000;
 
-class ServicesReader {
+class ServicesReader : public JsonFileReader {
   public:
-    explicit ServicesReader(const std::filesystem::path& file) : m_file(file) {}
-
-    [[noreturn]] void Fail(int line, const std::string& message) const {
-        throw MachineError(m_file, line, message);
-    }
-
-    void Expect(const JsonMember& member, JsonValue::Kind kind) const {
-        if (member.value.kind() != kind) {
-            Fail(member.value.line(), "\"" + member.key + "\" must be " + DescribeKind(kind) +
-                                          ", not " + DescribeKind(member.value.kind()));
-        }
-    }
+    using JsonFileReader::JsonFileReader;
 
     uint32_t ReadCount(const JsonMember& member, uint32_t maximum = 0xFFFFFFFFu) const {
-        Expect(member, JsonValue::Kind::number);
+        ExpectKind(member, JsonValue::Kind::number);
         const double number = member.value.AsNumber();
         if (!member.value.IsInteger() || number < 0 || number > maximum) {
             Fail(member.value.line(), "\"" + member.key + "\" must be a whole number from 0 to " +
@@ -66,7 +54,7 @@ class ServicesReader {
 
     template <typename Table>
     auto ReadName(const JsonMember& member, const Table& table) const {
-        Expect(member, JsonValue::Kind::string);
+        ExpectKind(member, JsonValue::Kind::string);
         std::string names;
         for (const auto& entry : table) {
             if (entry.name == member.value.AsString()) {
@@ -80,7 +68,7 @@ class ServicesReader {
     }
 
     ServiceScript ReadService(const JsonMember& service) const {
-        Expect(service, JsonValue::Kind::object);
+        ExpectKind(service, JsonValue::Kind::object);
         ServiceScript script;
         for (const JsonMember& member : service.value.AsObject()) {
             const std::string& key = member.key;
@@ -106,7 +94,7 @@ class ServicesReader {
             } else if (key == "stopError") {
                 script.stopError = ReadCount(member);
             } else if (key == "ignoresStop") {
-                Expect(member, JsonValue::Kind::boolean);
+                ExpectKind(member, JsonValue::Kind::boolean);
                 script.ignoresStop = member.value.AsBool();
             } else {
                 Fail(member.line, "unknown key \"" + key + "\" in service \"" + service.key + "\"");
@@ -114,9 +102,6 @@ class ServicesReader {
         }
         return script;
     }
-
-  private:
-    const std::filesystem::path& m_file;
 };
 
 JsonValue Duration(const std::optional<uint32_t>& duration) {
@@ -141,7 +126,7 @@ ServicesFile ParseServicesFile(std::string_view json, const std::filesystem::pat
         if (member.key == "managerError") {
             services.managerError = reader.ReadCount(member);
         } else if (member.key == "services") {
-            reader.Expect(member, JsonValue::Kind::object);
+            reader.ExpectKind(member, JsonValue::Kind::object);
             for (const JsonMember& service : member.value.AsObject()) {
                 const qm::wstring name = qm::from_utf8(service.key);
                 if (name.empty() || name.find_first_of(u"/\\") != qm::wstring::npos) {

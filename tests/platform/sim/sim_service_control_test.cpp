@@ -6,6 +6,7 @@
 
 #include "platform/sim/sim_clock.h"
 #include "support/last_error.h"
+#include "testing/case_name.h"
 #include "testing/temp_folder.h"
 
 namespace webrig::sim {
@@ -196,13 +197,7 @@ INSTANTIATE_TEST_SUITE_P(
                               Failure::query, 6},
                       Failure{"query without the right", state::running, [](ServiceScript&) {},
                               access::start, Failure::query, 5}),
-    [](const auto& param) {
-        std::string name = param.param.what;
-        for (char& c : name) {
-            c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-        }
-        return name;
-    });
+    webrig::testing::NameFromWhat());
 
 TEST_F(SimServiceControlTest, OpeningFailsAsTheManagerDoes) {
     Make(Stopped(), 120);
