@@ -21,12 +21,16 @@ using PropertyValue = std::variant<std::monostate, bool, int64_t, qm::wstring>;
 std::optional<qm::wstring> NormalizeAttributeText(const AttributeSchema& attribute,
                                                   qm::wstring_view text);
 
-// Converts a value given to a property into stored text, with the same checks.
+// Converts a value given to a property into stored text, with the same checks. Text goes through
+// NormalizeAttributeText; a bool becomes "true" or "false" and a number its decimal text, then
+// the same rules apply (so 2 names an enum value). A number given to a boolean is true unless 0.
+// Empty refuses.
 std::optional<qm::wstring> NormalizeAttributeValue(const AttributeSchema& attribute,
                                                    const PropertyValue& value);
 
 // The typed value of stored (or default) text, as reading the property gives it: bool for
-// booleans, integer for numbers, text for the rest.
+// booleans, integer for numbers, text for the rest. Text the type cannot read (a hand-edited
+// file) comes back as text, unchanged.
 PropertyValue ReadAttributeValue(const AttributeSchema& attribute, qm::wstring_view storedText);
 
 }  // namespace webrig::sim::iis7

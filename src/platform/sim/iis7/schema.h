@@ -4,9 +4,14 @@
 // The schema text is our own, written in the format of IIS's schema files and built into the
 // library; sections that applicationHost.config declares but the schema does not describe are
 // kept as they stand and cannot be edited.
+//
+// Names of attributes, child elements and collection entries are looked up without regard to
+// letter case, as the administration objects do (GetPropertyByName("Enable32BitAppOnWin64")
+// finds "enable32BitAppOnWin64"); the schema's spelling is the one written to files.
 
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +43,10 @@ struct AttributeSchema {
     bool expanded = false;
     // A string or flags value that may not be empty.
     bool validateNonEmpty = false;
+    // Strings: characters the value may not hold (site and application pool names).
+    std::u16string invalidCharacters;
+    // Strings: a virtual path, "/" or "/a/b" (no trailing "/", no empty, "." or ".." segment).
+    bool validateVirtualPath = false;
     // Numbers: inclusive range. timeSpan: range in seconds.
     std::optional<int64_t> minimum;
     std::optional<int64_t> maximum;
@@ -57,6 +66,9 @@ struct CollectionSchema {
     // false: entries of a lower level come before the inherited ones.
     bool mergeAppend = true;
     bool allowDuplicates = false;
+    // The child of the holding element that carries defaults for new entries
+    // ("applicationPoolDefaults"); empty when none.
+    std::u16string defaultElement;
 };
 
 struct ElementSchema {
@@ -72,10 +84,20 @@ struct ElementSchema {
     const ElementSchema* FindEntry(std::u16string_view entryName) const;
 };
 
+// How a section is declared where applicationHost.config does not declare it: .NET's
+// machine.config declares system.web sections and configProtectedData. The simulated machine has
+// no machine.config, so the schema carries that declaration.
+struct MachineConfigDeclaration {
+    std::u16string allowDefinition = u"Everywhere";  // or MachineToApplication, ...
+    std::u16string overrideModeDefault = u"Allow";
+};
+
 struct SectionSchema {
     // Full name, "system.webServer/defaultDocument".
     std::u16string name;
     ElementSchema root;
+    // Present for the sections machine.config declares.
+    std::optional<MachineConfigDeclaration> machineConfigDeclaration;
 };
 
 // The schema of every section the simulated configuration system can edit.
@@ -83,6 +105,10 @@ class Schema {
   public:
     // The built-in schema; parsed once, shared and immutable.
     static const Schema& BuiltIn();
+    // Reads schema text in the format of IIS's schema files (<configSchema><sectionSchema ...>).
+    // Throws SchemaError naming the section and what is wrong; unknown element names, attribute
+    // names, types and validation types are errors, so that a typo cannot pass unnoticed.
+    static Schema Parse(std::string_view xmlText);
 
     // nullptr when the schema does not describe `sectionName` (exact comparison, as IIS).
     const SectionSchema* FindSection(std::u16string_view sectionName) const;
@@ -93,5 +119,14 @@ class Schema {
   private:
     std::vector<SectionSchema> m_sections;
 };
+
+class SchemaError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Attributes the configuration system gives every element (locks, configSource); no schema
+// describes them.
+bool IsConfigurationSystemAttribute(std::u16string_view name) noexcept;
 
 }  // namespace webrig::sim::iis7

@@ -1,0 +1,285 @@
+#include "platform/sim/iis7/attribute_value.h"
+
+#include <limits>
+
+#include "platform/sim/iis7/time_span.h"
+#include "support/case_insensitive.h"
+
+namespace webrig::sim::iis7 {
+namespace {
+
+bool IsDigit(char16_t c) noexcept {
+    return c >= u'0' && c <= u'9';
+}
+
+qm::wstring Decimal(int64_t value) {
+    return qm::widen_ascii(std::to_string(value));
+}
+
+qm::wstring_view TrimBlanks(qm::wstring_view text) {
+    while (!text.empty() && text.front() == u' ') {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && text.back() == u' ') {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+// Decimal digits with an optional leading "-"; nullopt when the text is anything else or the
+// value leaves the 64-bit range.
+std::optional<int64_t> ReadInteger(qm::wstring_view text, bool allowMinus) {
+    const bool negative = allowMinus && !text.empty() && text.front() == u'-';
+    if (negative) {
+        text.remove_prefix(1);
+    }
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    // The magnitude of the most negative value is one more than the largest positive one.
+    const uint64_t limit =
+        static_cast<uint64_t>(std::numeric_limits<int64_t>::max()) + (negative ? 1 : 0);
+    uint64_t magnitude = 0;
+    for (const char16_t c : text) {
+        if (!IsDigit(c)) {
+            return std::nullopt;
+        }
+        const auto digit = static_cast<uint64_t>(c - u'0');
+        if (magnitude > (limit - digit) / 10) {
+            return std::nullopt;
+        }
+        magnitude = magnitude * 10 + digit;
+    }
+    if (negative) {
+        return magnitude == limit ? std::numeric_limits<int64_t>::min()
+                                  : -static_cast<int64_t>(magnitude);
+    }
+    return static_cast<int64_t>(magnitude);
+}
+
+bool InRange(const AttributeSchema& attribute, int64_t value) {
+    return (!attribute.minimum || value >= *attribute.minimum) &&
+           (!attribute.maximum || value <= *attribute.maximum);
+}
+
+std::optional<qm::wstring> NormalizeBoolean(qm::wstring_view text) {
+    if (qm::iequals(text, u"true")) {
+        return u"true";
+    }
+    if (qm::iequals(text, u"false")) {
+        return u"false";
+    }
+    return std::nullopt;
+}
+
+std::optional<qm::wstring> NormalizeInteger(const AttributeSchema& attribute,
+                                            qm::wstring_view text) {
+    int64_t lowest = std::numeric_limits<int64_t>::min();
+    int64_t highest = std::numeric_limits<int64_t>::max();
+    if (attribute.type == AttributeType::uint32) {
+        lowest = 0;
+        highest = std::numeric_limits<uint32_t>::max();
+    } else if (attribute.type == AttributeType::int32) {
+        lowest = std::numeric_limits<int32_t>::min();
+        highest = std::numeric_limits<int32_t>::max();
+    }
+    const std::optional<int64_t> value = ReadInteger(text, lowest < 0);
+    if (!value || *value < lowest || *value > highest || !InRange(attribute, *value)) {
+        return std::nullopt;
+    }
+    return Decimal(*value);
+}
+
+std::optional<qm::wstring> NormalizeTimeSpan(const AttributeSchema& attribute,
+                                             qm::wstring_view text) {
+    const std::optional<int64_t> ticks = ParseTimeSpan(text);
+    if (!ticks) {
+        return std::nullopt;
+    }
+    constexpr int64_t kLargestSeconds = std::numeric_limits<int64_t>::max() / kTicksPerSecond;
+    if ((attribute.minimum && *ticks < *attribute.minimum * kTicksPerSecond) ||
+        (attribute.maximum &&
+         *attribute.maximum<kLargestSeconds&& * ticks> * attribute.maximum * kTicksPerSecond) ||
+        (attribute.granularitySeconds != 0 &&
+         *ticks % (int64_t{attribute.granularitySeconds} * kTicksPerSecond) != 0)) {
+        return std::nullopt;
+    }
+    return FormatTimeSpan(*ticks);
+}
+
+const NamedValue* FindName(const AttributeSchema& attribute, qm::wstring_view name) {
+    for (const NamedValue& named : attribute.values) {
+        if (qm::iequals(named.name, name)) {
+            return &named;
+        }
+    }
+    return nullptr;
+}
+
+std::optional<uint32_t> ReadUnsigned32(qm::wstring_view text) {
+    const std::optional<int64_t> value = ReadInteger(text, false);
+    if (!value || *value > std::numeric_limits<uint32_t>::max()) {
+        return std::nullopt;
+    }
+    return static_cast<uint32_t>(*value);
+}
+
+std::optional<qm::wstring> NormalizeEnum(const AttributeSchema& attribute, qm::wstring_view text) {
+    if (const NamedValue* named = FindName(attribute, text)) {
+        return named->name;
+    }
+    if (const std::optional<uint32_t> number = ReadUnsigned32(text)) {
+        for (const NamedValue& named : attribute.values) {
+            if (named.value == *number) {
+                return named.name;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+// The names of `mask` in schema order, joined by ", "; nullopt when some bit has no name.
+std::optional<qm::wstring> FormatFlags(const AttributeSchema& attribute, uint32_t mask) {
+    qm::wstring out;
+    if (mask == 0) {
+        for (const NamedValue& named : attribute.values) {
+            if (named.value == 0) {
+                return named.name;
+            }
+        }
+        return out;
+    }
+    uint32_t named = 0;
+    for (const NamedValue& flag : attribute.values) {
+        if (flag.value != 0 && (mask & flag.value) == flag.value) {
+            if (!out.empty()) {
+                out += u", ";
+            }
+            out += flag.name;
+            named |= flag.value;
+        }
+    }
+    if (named != mask) {
+        return std::nullopt;
+    }
+    return out;
+}
+
+std::optional<qm::wstring> NormalizeFlags(const AttributeSchema& attribute, qm::wstring_view text) {
+    if (TrimBlanks(text).empty()) {
+        return attribute.validateNonEmpty ? std::nullopt : FormatFlags(attribute, 0);
+    }
+    if (const std::optional<uint32_t> number = ReadUnsigned32(text)) {
+        return FormatFlags(attribute, *number);
+    }
+    uint32_t mask = 0;
+    while (true) {
+        const size_t comma = text.find(u',');
+        const NamedValue* named = FindName(attribute, TrimBlanks(text.substr(0, comma)));
+        if (named == nullptr) {
+            return std::nullopt;
+        }
+        mask |= named->value;
+        if (comma == qm::wstring_view::npos) {
+            break;
+        }
+        text.remove_prefix(comma + 1);
+    }
+    return FormatFlags(attribute, mask);
+}
+
+// "/" or "/a/b": no trailing "/" and no empty, "." or ".." segment.
+bool IsVirtualPath(qm::wstring_view path) {
+    if (path == u"/") {
+        return true;
+    }
+    if (path.empty() || path.front() != u'/') {
+        return false;
+    }
+    path.remove_prefix(1);
+    while (true) {
+        const size_t slash = path.find(u'/');
+        const qm::wstring_view segment = path.substr(0, slash);
+        if (segment.empty() || segment == u"." || segment == u"..") {
+            return false;
+        }
+        if (slash == qm::wstring_view::npos) {
+            return true;
+        }
+        path.remove_prefix(slash + 1);
+    }
+}
+
+std::optional<qm::wstring> NormalizeString(const AttributeSchema& attribute,
+                                           qm::wstring_view text) {
+    if ((attribute.validateNonEmpty && text.empty()) ||
+        text.find_first_of(attribute.invalidCharacters) != qm::wstring_view::npos ||
+        (attribute.validateVirtualPath && !IsVirtualPath(text))) {
+        return std::nullopt;
+    }
+    return qm::wstring(text);
+}
+
+}  // namespace
+
+std::optional<qm::wstring> NormalizeAttributeText(const AttributeSchema& attribute,
+                                                  qm::wstring_view text) {
+    switch (attribute.type) {
+        case AttributeType::boolean:
+            return NormalizeBoolean(text);
+        case AttributeType::uint32:
+        case AttributeType::int32:
+        case AttributeType::int64:
+            return NormalizeInteger(attribute, text);
+        case AttributeType::timeSpan:
+            return NormalizeTimeSpan(attribute, text);
+        case AttributeType::enumeration:
+            return NormalizeEnum(attribute, text);
+        case AttributeType::flags:
+            return NormalizeFlags(attribute, text);
+        case AttributeType::string:
+            return NormalizeString(attribute, text);
+    }
+    return std::nullopt;
+}
+
+std::optional<qm::wstring> NormalizeAttributeValue(const AttributeSchema& attribute,
+                                                   const PropertyValue& value) {
+    if (const auto* text = std::get_if<qm::wstring>(&value)) {
+        return NormalizeAttributeText(attribute, *text);
+    }
+    if (const auto* flag = std::get_if<bool>(&value)) {
+        return NormalizeAttributeText(attribute, *flag ? u"true" : u"false");
+    }
+    if (const auto* number = std::get_if<int64_t>(&value)) {
+        // A number given to a boolean is a C-style truth value, as VARIANT conversion has it.
+        if (attribute.type == AttributeType::boolean) {
+            return *number != 0 ? u"true" : u"false";
+        }
+        return NormalizeAttributeText(attribute, Decimal(*number));
+    }
+    return std::nullopt;
+}
+
+PropertyValue ReadAttributeValue(const AttributeSchema& attribute, qm::wstring_view storedText) {
+    switch (attribute.type) {
+        case AttributeType::boolean:
+            if (const std::optional<qm::wstring> flag = NormalizeBoolean(storedText)) {
+                return *flag == u"true";
+            }
+            break;
+        case AttributeType::uint32:
+        case AttributeType::int32:
+        case AttributeType::int64:
+            if (const std::optional<int64_t> number = ReadInteger(storedText, true)) {
+                return *number;
+            }
+            break;
+        default:
+            break;
+    }
+    // Text, and stored text a hand-edited file got wrong: handed out as it stands.
+    return qm::wstring(storedText);
+}
+
+}  // namespace webrig::sim::iis7

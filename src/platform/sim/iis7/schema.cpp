@@ -1,0 +1,70 @@
+#include "platform/sim/iis7/schema.h"
+
+#include <array>
+
+#include "platform/sim/iis7/builtin_schema_text.h"
+#include "support/case_insensitive.h"
+
+namespace webrig::sim::iis7 {
+namespace {
+
+// The exact spelling first, then any letter case.
+template <typename Item>
+const Item* FindByName(const std::vector<Item>& items, std::u16string_view name) {
+    for (const Item& item : items) {
+        if (item.name == name) {
+            return &item;
+        }
+    }
+    for (const Item& item : items) {
+        if (qm::iequals(item.name, name)) {
+            return &item;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+const AttributeSchema* ElementSchema::FindAttribute(std::u16string_view attribute) const {
+    return FindByName(attributes, attribute);
+}
+
+const ElementSchema* ElementSchema::FindChild(std::u16string_view child) const {
+    return FindByName(children, child);
+}
+
+const ElementSchema* ElementSchema::FindEntry(std::u16string_view entryName) const {
+    return FindByName(entries, entryName);
+}
+
+Schema::Schema(std::vector<SectionSchema> sections) : m_sections(std::move(sections)) {}
+
+const Schema& Schema::BuiltIn() {
+    static const Schema schema = Parse(kBuiltInSchemaText);
+    return schema;
+}
+
+const SectionSchema* Schema::FindSection(std::u16string_view sectionName) const {
+    for (const SectionSchema& section : m_sections) {
+        if (section.name == sectionName) {
+            return &section;
+        }
+    }
+    return nullptr;
+}
+
+bool IsConfigurationSystemAttribute(std::u16string_view name) noexcept {
+    static constexpr std::array<std::u16string_view, 6> kNames = {
+        u"lockAttributes", u"lockAllAttributesExcept",
+        u"lockElements",   u"lockAllElementsExcept",
+        u"lockItem",       u"configSource"};
+    for (const std::u16string_view known : kNames) {
+        if (name == known) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace webrig::sim::iis7
