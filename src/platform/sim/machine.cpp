@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "platform/sim/atomic_file.h"
+#include "platform/sim/iis7/config_encryption.h"
 #include "platform/sim/machine_error.h"
 #include "platform/sim/machine_layout.h"
 #include "platform/sim/stock_content.h"
@@ -46,6 +47,25 @@ void CreateFolder(const std::filesystem::path& path) {
     if (error) {
         throw MachineError(path, 0, "the folder cannot be created: " + error.message());
     }
+}
+
+// The host path of a Windows path on the new machine's drive C.
+std::filesystem::path HostPathOf(const std::filesystem::path& folder,
+                                 const qm::wstring& windowsPath) {
+    std::vector<qm::wstring> names;
+    if (NormalizeWindowsPath(windowsPath, names) != 0) {
+        throw MachineError(MachineJsonPath(folder), 0,
+                           "not a path on drive C: " + qm::to_utf8(windowsPath));
+    }
+    std::filesystem::path hostPath = DriveCPath(folder);
+    for (const qm::wstring& name : names) {
+        hostPath /= qm::to_utf8(name);
+    }
+    return hostPath;
+}
+
+std::span<const std::byte> BytesOf(const std::string& text) {
+    return std::as_bytes(std::span(text.data(), text.size()));
 }
 
 void RefuseExisting(const std::filesystem::path& path) {
@@ -102,15 +122,14 @@ void Machine::Create(const std::filesystem::path& folder, const MachineConfig& c
     RefuseExisting(regPath);
     CreateFolder(RegistryFolder(folder));
     for (const qm::wstring& windowsPath : StockFolders(config)) {
-        std::vector<qm::wstring> names;
-        if (NormalizeWindowsPath(windowsPath, names) != 0) {
-            throw MachineError(jsonPath, 0, "not a path on drive C: " + qm::to_utf8(windowsPath));
-        }
-        std::filesystem::path hostPath = DriveCPath(folder);
-        for (const qm::wstring& name : names) {
-            hostPath /= qm::to_utf8(name);
-        }
-        CreateFolder(hostPath);
+        CreateFolder(HostPathOf(folder, windowsPath));
+    }
+    for (const StockFile& file : StockFiles(config)) {
+        WriteNewFile(HostPathOf(folder, file.windowsPath), BytesOf(file.content));
+    }
+    if (HasIisConfigurationSystem(config)) {
+        CreateFolder(ConfigKeyPath(folder).parent_path());
+        WriteNewFile(ConfigKeyPath(folder), BytesOf(iis7::ConfigEncryption::NewMachineKey()));
     }
     RegFile localMachine = RegFile::New();
     AddStockRegistry(localMachine.Root(), config);
@@ -119,8 +138,7 @@ void Machine::Create(const std::filesystem::path& folder, const MachineConfig& c
     WriteNewFile(ServicesJsonPath(folder),
                  std::as_bytes(std::span(services.data(), services.size())));
     // machine.json last: a folder that has it holds a whole machine.
-    const std::string json = FormatMachineConfig(config);
-    WriteNewFile(jsonPath, std::as_bytes(std::span(json.data(), json.size())));
+    WriteNewFile(jsonPath, BytesOf(FormatMachineConfig(config)));
 }
 
 }  // namespace webrig::sim

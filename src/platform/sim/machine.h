@@ -5,6 +5,7 @@
 //   registry/HKLM.reg   HKEY_LOCAL_MACHINE as regedit exports it
 //   services.json       the Windows services and how each behaves
 //   drive_c/            the C: drive
+//   keys/               the key of encrypted IIS configuration attributes (IIS 7 and later)
 //
 // A Machine is the Platform webrig runs on under Linux. Changes reach the folder as they happen;
 // a file that could not be read is never written.

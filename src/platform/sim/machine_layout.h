@@ -26,4 +26,9 @@ inline std::filesystem::path DriveCPath(const std::filesystem::path& folder) {
     return folder / "drive_c";
 }
 
+// The machine's secret for encrypted IIS configuration attributes (32 random bytes).
+inline std::filesystem::path ConfigKeyPath(const std::filesystem::path& folder) {
+    return folder / "keys" / "iisConfigKey.bin";
+}
+
 }  // namespace webrig::sim

@@ -1,5 +1,7 @@
 #include "platform/sim/stock_content.h"
 
+#include "platform/sim/iis7/stock_application_host.h"
+
 namespace webrig::sim {
 namespace {
 
@@ -35,8 +37,30 @@ void AddStockRegistry(RegistryKey& localMachine, const MachineConfig& config) {
     }
 }
 
+bool HasIisConfigurationSystem(const MachineConfig& config) {
+    return config.iisVersion.major >= 7;
+}
+
 std::vector<qm::wstring> StockFolders(const MachineConfig& config) {
-    return {config.windowsDirectory, config.windowsDirectory + u"\\System32"};
+    std::vector<qm::wstring> folders = {config.windowsDirectory,
+                                        config.windowsDirectory + u"\\System32"};
+    if (HasIisConfigurationSystem(config)) {
+        folders.push_back(config.windowsDirectory + u"\\System32\\inetsrv\\config");
+        folders.push_back(iis7::kDefaultSiteFolder);
+        folders.push_back(u"C:\\inetpub\\logs\\LogFiles");
+    }
+    return folders;
+}
+
+std::vector<StockFile> StockFiles(const MachineConfig& config) {
+    std::vector<StockFile> files;
+    if (HasIisConfigurationSystem(config)) {
+        files.push_back({iis7::ApplicationHostConfigPath(config),
+                         iis7::StockApplicationHostConfig(config.iisVersion)});
+        files.push_back({qm::wstring(iis7::kDefaultSiteFolder) + u"\\iisstart.htm",
+                         iis7::StockIisStartPage(config.iisVersion)});
+    }
+    return files;
 }
 
 ServicesFile StockServices(const MachineConfig& config) {

@@ -1,0 +1,30 @@
+#pragma once
+// The applicationHost.config a fresh IIS 7.5, 8.5 or 10 installation writes, for Machine::Create.
+//
+// The installation modelled has IIS's default role services (static content, default document,
+// directory browsing, HTTP errors, HTTP logging, request filtering, static compression) plus the
+// ones installers of web applications usually need: ASP, ISAPI extensions and filters, basic and
+// Windows authentication. It has no ASP.NET, so handlers and modules stay in system.webServer
+// instead of a <location path="" overrideMode="Allow"> as ASP.NET setup moves them.
+
+#include <string>
+
+#include "platform/sim/machine_config.h"
+#include "support/wide_string.h"
+
+namespace webrig::sim::iis7 {
+
+// Where IIS keeps the file: <Windows>\System32\inetsrv\config\applicationHost.config.
+qm::wstring ApplicationHostConfigPath(const MachineConfig& config);
+
+// The Default Web Site's folder, C:\inetpub\wwwroot (%SystemDrive%\inetpub\wwwroot).
+inline constexpr char16_t kDefaultSiteFolder[] = u"C:\\inetpub\\wwwroot";
+
+// The file's text for IIS `version` (7.x is written as 7.5, 8.x as 8.5): UTF-8 without a
+// byte-order mark, CRLF line ends and four-space indentation, as IIS writes it on Windows.
+std::string StockApplicationHostConfig(const IisVersion& version);
+
+// The welcome page IIS puts in the Default Web Site's folder (iisstart.htm).
+std::string StockIisStartPage(const IisVersion& version);
+
+}  // namespace webrig::sim::iis7
