@@ -165,12 +165,10 @@ std::optional<qm::wstring> FormatFlags(const AttributeSchema& attribute, uint32_
     return out;
 }
 
-std::optional<qm::wstring> NormalizeFlags(const AttributeSchema& attribute, qm::wstring_view text) {
+// The mask of names joined by ","; blank text is 0. nullopt when a name is unknown.
+std::optional<uint32_t> ReadFlagNames(const AttributeSchema& attribute, qm::wstring_view text) {
     if (TrimBlanks(text).empty()) {
-        return attribute.validateNonEmpty ? std::nullopt : FormatFlags(attribute, 0);
-    }
-    if (const std::optional<uint32_t> number = ReadUnsigned32(text)) {
-        return FormatFlags(attribute, *number);
+        return 0;
     }
     uint32_t mask = 0;
     while (true) {
@@ -181,11 +179,23 @@ std::optional<qm::wstring> NormalizeFlags(const AttributeSchema& attribute, qm::
         }
         mask |= named->value;
         if (comma == qm::wstring_view::npos) {
-            break;
+            return mask;
         }
         text.remove_prefix(comma + 1);
     }
-    return FormatFlags(attribute, mask);
+}
+
+std::optional<qm::wstring> NormalizeFlags(const AttributeSchema& attribute, qm::wstring_view text) {
+    std::optional<uint32_t> mask = ReadUnsigned32(text);
+    if (!mask) {
+        mask = ReadFlagNames(attribute, text);
+    }
+    const std::optional<qm::wstring> stored = mask ? FormatFlags(attribute, *mask) : std::nullopt;
+    // Judged on the stored form, so that "0" is refused wherever "" is.
+    if (stored && attribute.validateNonEmpty && stored->empty()) {
+        return std::nullopt;
+    }
+    return stored;
 }
 
 // "/" or "/a/b": no trailing "/" and no empty, "." or ".." segment.

@@ -44,6 +44,12 @@ AttributeSchema ShowFlagsWithoutZero() {
     return Named(AttributeType::flags, {{u"Date", 2}, {u"Time", 4}, {u"Size", 8}});
 }
 
+AttributeSchema NonEmptyFlags() {
+    AttributeSchema attribute = ShowFlagsWithoutZero();
+    attribute.validateNonEmpty = true;
+    return attribute;
+}
+
 AttributeSchema Identity() {
     return Named(AttributeType::enumeration, {{u"LocalSystem", 0},
                                               {u"LocalService", 1},
@@ -175,7 +181,10 @@ INSTANTIATE_TEST_SUITE_P(
                       Case{"empty piece", AccessPolicy(), u"Read,,Script", refused},
                       Case{"trailing comma", AccessPolicy(), u"Read,", refused},
                       Case{"zero without a name", ShowFlagsWithoutZero(), u"0", u""},
-                      Case{"all", ShowFlagsWithoutZero(), u"14", u"Date, Time, Size"}));
+                      Case{"all", ShowFlagsWithoutZero(), u"14", u"Date, Time, Size"},
+                      Case{"non-empty given nothing", NonEmptyFlags(), u" ", refused},
+                      Case{"non-empty given 0", NonEmptyFlags(), u"0", refused},
+                      Case{"non-empty given a name", NonEmptyFlags(), u"time", u"Time"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Strings, ValueRules,

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/sim/iis7/attribute_value.h"
+
 namespace webrig::sim::iis7 {
 namespace {
 
@@ -59,7 +61,6 @@ constexpr auto kEnum = AttributeType::enumeration;
 constexpr auto kFlags = AttributeType::flags;
 constexpr const char16_t* kPools = u"system.applicationHost/applicationPools";
 constexpr const char16_t* kSites = u"system.applicationHost/sites";
-constexpr const char16_t* kAuth = u"system.webServer/security/authentication/";
 
 INSTANTIATE_TEST_SUITE_P(
     TheRuntimeWrites, RuntimeAttributes,
@@ -318,24 +319,33 @@ TEST(Schema, SectionsOfMachineConfigCarryTheirDeclaration) {
     EXPECT_FALSE(Schema::BuiltIn().FindSection(kSites)->machineConfigDeclaration.has_value());
 }
 
-TEST(Schema, NamesAndPoolNamesRefuseTheirCharacters) {
+TEST(Schema, NamesAndPathsAreCheckedAsIisChecksThem) {
+    struct Check {
+        const AttributeSchema* attribute;
+        const char16_t* text;
+        bool accepted;
+    };
     const AttributeSchema* site = Attribute(kSites, u"site", u"name");
     const AttributeSchema* pool = Attribute(kPools, u"add", u"name");
-    const AttributeSchema* path = Attribute(kSites, u"site/application", u"path");
-    ASSERT_TRUE(site && pool && path);
-    EXPECT_EQ(site->invalidCharacters, u"/?");
-    EXPECT_TRUE(site->validateNonEmpty);
-    EXPECT_EQ(pool->invalidCharacters, u"|<>&\"/[]+=;:,?*@");
-    EXPECT_TRUE(path->validateVirtualPath);
-}
-
-TEST(Schema, ConfigurationSystemAttributesAreKnownByName) {
-    for (const char16_t* name : {u"lockAttributes", u"lockAllAttributesExcept", u"lockElements",
-                                 u"lockAllElementsExcept", u"lockItem", u"configSource"}) {
-        EXPECT_TRUE(IsConfigurationSystemAttribute(name)) << qm::to_utf8(name);
+    const AttributeSchema* application = Attribute(kSites, u"site/application", u"path");
+    const AttributeSchema* mimeType =
+        Attribute(u"system.webServer/staticContent", u"mimeMap", u"mimeType");
+    const Check cases[] = {
+        {site, u"Default Web Site", true},
+        {site, u"a?b", false},
+        {site, u"", false},
+        {pool, u"My Pool (x86)", true},
+        {pool, u"a@b", false},
+        {application, u"/", true},
+        {application, u"/shop/admin", true},
+        {application, u"/shop/", false},
+        {mimeType, u"", false},
+    };
+    for (const Check& check : cases) {
+        ASSERT_NE(check.attribute, nullptr);
+        EXPECT_EQ(NormalizeAttributeText(*check.attribute, check.text).has_value(), check.accepted)
+            << qm::to_utf8(check.attribute->name) << " " << qm::to_utf8(check.text);
     }
-    EXPECT_FALSE(IsConfigurationSystemAttribute(u"lockitem"));
-    EXPECT_FALSE(IsConfigurationSystemAttribute(u"name"));
 }
 
 // --- the reader -----------------------------------------------------------------------------
