@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/sim/iis7/time_span.h"
+#include "testing/case_name.h"
 
 namespace webrig::sim::iis7 {
 namespace {
@@ -90,7 +91,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Case{"number", Typed(AttributeType::boolean), u"1", refused},
                       Case{"yes", Typed(AttributeType::boolean), u"yes", refused},
                       Case{"blank", Typed(AttributeType::boolean), u" true", refused},
-                      Case{"empty", Typed(AttributeType::boolean), u"", refused}));
+                      Case{"empty", Typed(AttributeType::boolean), u"", refused}),
+    testing::NameFromWhat());
 
 INSTANTIATE_TEST_SUITE_P(
     Numbers, ValueRules,
@@ -116,7 +118,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"range high edge", Ranged(AttributeType::uint32, 10, 65535), u"65535", u"65535"},
         Case{"range above", Ranged(AttributeType::uint32, 10, 65535), u"65536", refused},
         Case{"sub-status -1", Ranged(AttributeType::int32, -1, 999), u"-1", u"-1"},
-        Case{"sub-status -2", Ranged(AttributeType::int32, -1, 999), u"-2", refused}));
+        Case{"sub-status -2", Ranged(AttributeType::int32, -1, 999), u"-2", refused}),
+    testing::NameFromWhat());
 
 INSTANTIATE_TEST_SUITE_P(
     TimeSpans, ValueRules,
@@ -152,7 +155,8 @@ INSTANTIATE_TEST_SUITE_P(
              u"23:59:00"},
         Case{"schedule midnight", Ranged(AttributeType::timeSpan, 0, 86340, 60), u"24:00:00",
              refused},
-        Case{"minimum", Ranged(AttributeType::timeSpan, 60, 3600), u"00:00:59", refused}));
+        Case{"minimum", Ranged(AttributeType::timeSpan, 60, 3600), u"00:00:59", refused}),
+    testing::NameFromWhat());
 
 INSTANTIATE_TEST_SUITE_P(
     Enums, ValueRules,
@@ -163,7 +167,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Case{"unknown number", Identity(), u"5", refused},
                       Case{"unknown name", Identity(), u"Network", refused},
                       Case{"empty", Identity(), u"", refused},
-                      Case{"negative", Identity(), u"-1", refused}));
+                      Case{"negative", Identity(), u"-1", refused}),
+    testing::NameFromWhat());
 
 INSTANTIATE_TEST_SUITE_P(
     Flags, ValueRules,
@@ -184,7 +189,8 @@ INSTANTIATE_TEST_SUITE_P(
                       Case{"all", ShowFlagsWithoutZero(), u"14", u"Date, Time, Size"},
                       Case{"non-empty given nothing", NonEmptyFlags(), u" ", refused},
                       Case{"non-empty given 0", NonEmptyFlags(), u"0", refused},
-                      Case{"non-empty given a name", NonEmptyFlags(), u"time", u"Time"}));
+                      Case{"non-empty given a name", NonEmptyFlags(), u"time", u"Time"}),
+    testing::NameFromWhat());
 
 INSTANTIATE_TEST_SUITE_P(
     Strings, ValueRules,
@@ -205,7 +211,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"dot-dot segment", StringWith(false, u"", true), u"/a/..", refused},
         Case{"empty segment", StringWith(false, u"", true), u"/a//b", refused},
         Case{"dots in a name", StringWith(false, u"", true), u"/a..b", u"/a..b"},
-        Case{"empty path", StringWith(false, u"", true), u"", refused}));
+        Case{"empty path", StringWith(false, u"", true), u"", refused}),
+    testing::NameFromWhat());
 
 TEST(ValueRules, EveryBuiltInDefaultIsStoredAsItIs) {
     // The schema reader checks this too; here it runs over every attribute a section has.

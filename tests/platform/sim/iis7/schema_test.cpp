@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/sim/iis7/attribute_value.h"
+#include "testing/case_name.h"
 
 namespace webrig::sim::iis7 {
 namespace {
@@ -477,7 +478,8 @@ INSTANTIATE_TEST_SUITE_P(
         BadSchema{
             "section twice",
             R"(<configSchema><sectionSchema name="s" /><sectionSchema name="s" /></configSchema>)"},
-        BadSchema{"section without name", R"(<configSchema><sectionSchema /></configSchema>)"}));
+        BadSchema{"section without name", R"(<configSchema><sectionSchema /></configSchema>)"}),
+    testing::NameFromWhat());
 
 }  // namespace
 }  // namespace webrig::sim::iis7
