@@ -465,12 +465,5 @@ INSTANTIATE_TEST_SUITE_P(
                   }}),
     OperationName<VistaBound>);
 
-TEST(BackendKindTest, OnlyTheIis7ControllerSaysSo) {
-    LegacyBound legacy;
-    VistaBound vista;
-    EXPECT_FALSE(legacy.slots().IsVistaBackend());
-    EXPECT_TRUE(vista.slots().IsVistaBackend());
-}
-
 }  // namespace
 }  // namespace webrig::testing

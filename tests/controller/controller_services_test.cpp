@@ -86,13 +86,6 @@ TEST(PropertyBagTest, SetPropertyBagConnectsTheBackendWithTheBagInPlace) {
     EXPECT_EQ(bound.controller.SetPropertyBag(bag), -1122);
 }
 
-TEST(PropertyBagTest, TheIis7ControllerConnectsItsBackendToo) {
-    VistaBound bound;
-    CIISPropertyBag bag;
-    EXPECT_CALL(bound.backend(), InitIISObject()).WillOnce(Return(0));
-    EXPECT_EQ(bound.controller.SetPropertyBag(bag), 0);
-}
-
 class InstallStateTest : public ::testing::TestWithParam<int32_t> {};
 
 TEST_P(InstallStateTest, EveryStateInstallsAndRemoves) {
