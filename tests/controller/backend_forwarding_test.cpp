@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "controller/bound_controllers.h"
+#include "testing/case_name.h"
 
 namespace webrig::testing {
 namespace {
@@ -19,18 +20,14 @@ constexpr platform::MetadataHandle kParent{7};
 const char16_t kMultiString[] = u"a\0b\0";
 const std::byte kBinary[4] = {};
 
+// `what` names the controller operation; `check` calls it and looks at what the backend got.
 template <class Bound>
 struct SlotCase {
-    const char* operation;
+    const char* what;
     std::function<void(Bound&)> check;
 
-    friend void PrintTo(const SlotCase& slotCase, std::ostream* out) { *out << slotCase.operation; }
+    friend void PrintTo(const SlotCase& slotCase, std::ostream* out) { *out << slotCase.what; }
 };
-
-template <class Bound>
-std::string OperationName(const ::testing::TestParamInfo<SlotCase<Bound>>& info) {
-    return info.param.operation;
-}
 
 // ---- IIS 6 metabase backend: every backend slot forwards unchanged.
 
@@ -252,7 +249,7 @@ INSTANTIATE_TEST_SUITE_P(
                    [](LegacyBound& b) {
                        EXPECT_EQ(b.slots().SetFormsAuthentication(kHandle, true, true), 0);
                    }}),
-    OperationName<LegacyBound>);
+    NameFromWhat());
 
 // ---- IIS 7+ configuration backend: no metabase keys, and some arguments stay behind.
 
@@ -463,7 +460,7 @@ INSTANTIATE_TEST_SUITE_P(
                           .WillOnce(Return(-2105));
                       EXPECT_EQ(b.slots().SetFormsAuthentication(kHandle, true, false), -2105);
                   }}),
-    OperationName<VistaBound>);
+    NameFromWhat());
 
 }  // namespace
 }  // namespace webrig::testing

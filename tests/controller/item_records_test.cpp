@@ -5,13 +5,14 @@
 
 #include "controller/bound_controllers.h"
 #include "support/com_exception.h"
+#include "testing/case_name.h"
 #include "testing/test_host.h"
 
 namespace webrig::testing {
 namespace {
 
 struct RecordCase {
-    const char* operation;
+    const char* what;
     void (CIISVRootController::*record)(const qm::wstring&);
     const char16_t* eventName;
 };
@@ -57,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
         RecordCase{"WebServiceExtensionCreated", &CIISVRootController::WebServiceExtensionCreated,
                    u"IIS WebServiceExtension Created"},
         RecordCase{"WebSiteCreated", &CIISVRootController::WebSiteCreated, u"IIS WebSite Created"}),
-    [](const auto& param_info) { return std::string(param_info.param.operation); });
+    NameFromWhat());
 
 class ComponentFileInfoTest : public ::testing::Test {
   protected:

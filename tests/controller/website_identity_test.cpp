@@ -7,6 +7,7 @@
 
 #include "controller/bound_controllers.h"
 #include "settings/uninstall_information.h"
+#include "testing/case_name.h"
 #include "testing/recording_event_sink.h"
 
 namespace webrig::testing {
@@ -19,7 +20,7 @@ using ::testing::Return;
 enum class Lookup { bySiteNumber, byPort };
 
 struct ExistenceCase {
-    const char* name;
+    const char* what;
     const char16_t* siteNumber;
     const char16_t* port;
     Lookup lookup;
@@ -49,13 +50,13 @@ TEST_P(WebsiteExistsTest, AsksTheBackendTheRightQuestion) {
 
 INSTANTIATE_TEST_SUITE_P(
     Websites, WebsiteExistsTest,
-    ::testing::Values(ExistenceCase{"NumberAndPort", u"3", u"8080", Lookup::bySiteNumber},
-                      ExistenceCase{"NumberZero", u"0", u"8080", Lookup::byPort},
-                      ExistenceCase{"PortZero", u"3", u"0", Lookup::byPort},
-                      ExistenceCase{"BothZero", u"0", u"0", Lookup::byPort},
-                      ExistenceCase{"LeadingZeroIsNotZero", u"03", u"00", Lookup::bySiteNumber},
-                      ExistenceCase{"EmptyNumber", u"", u"80", Lookup::bySiteNumber}),
-    [](const auto& param_info) { return std::string(param_info.param.name); });
+    ::testing::Values(ExistenceCase{"number and port", u"3", u"8080", Lookup::bySiteNumber},
+                      ExistenceCase{"number 0", u"0", u"8080", Lookup::byPort},
+                      ExistenceCase{"port 0", u"3", u"0", Lookup::byPort},
+                      ExistenceCase{"both 0", u"0", u"0", Lookup::byPort},
+                      ExistenceCase{"a leading zero is not 0", u"03", u"00", Lookup::bySiteNumber},
+                      ExistenceCase{"empty number", u"", u"80", Lookup::bySiteNumber}),
+    NameFromWhat());
 
 TEST(WebsiteExistsLogTest, TellsWhatItFoundAndWhere) {
     VistaBound bound;
@@ -150,6 +151,7 @@ TEST_F(NewSiteNumberTest, WithoutAPropertyTheMarkerNamesTheValue) {
 // ---- Ports and base paths.
 
 struct PortCase {
+    const char* what;
     const char16_t* binding;
     const char16_t* port;
 };
@@ -162,13 +164,17 @@ TEST_P(PortFromBindingTest, CutsThePortOut) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Bindings, PortFromBindingTest,
-                         ::testing::Values(PortCase{u"10.0.0.1:80:shop.example", u"80"},
-                                           PortCase{u":443:", u"443"},
-                                           PortCase{u"*:8080:", u"8080"},
-                                           PortCase{u"8080", u"8080"},
-                                           PortCase{u"10.0.0.1:81", u"81"}, PortCase{u"", u""}));
+                         ::testing::Values(PortCase{"address port and host",
+                                                    u"10.0.0.1:80:shop.example", u"80"},
+                                           PortCase{"port alone between colons", u":443:", u"443"},
+                                           PortCase{"any address", u"*:8080:", u"8080"},
+                                           PortCase{"bare port", u"8080", u"8080"},
+                                           PortCase{"address and port", u"10.0.0.1:81", u"81"},
+                                           PortCase{"empty", u"", u""}),
+                         NameFromWhat());
 
 struct BasePathCase {
+    const char* what;
     const char16_t* siteNumber;
     const char16_t* subPath;
     const char16_t* basePath;
@@ -182,11 +188,13 @@ TEST_P(BasePathTest, IsTheMetabasePathOfTheRoot) {
     EXPECT_EQ(bound.slots().GetBasePath(bound.website, GetParam().subPath), GetParam().basePath);
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, BasePathTest,
-                         ::testing::Values(BasePathCase{u"1", u"", u"/LM/W3SVC/1/Root"},
-                                           BasePathCase{u"1", u"shop", u"/LM/W3SVC/1/Root/shop"},
-                                           BasePathCase{u"7", u"a/b", u"/LM/W3SVC/7/Root/a/b"},
-                                           BasePathCase{u"", u"", u"/LM/W3SVC//Root"}));
+INSTANTIATE_TEST_SUITE_P(
+    Paths, BasePathTest,
+    ::testing::Values(BasePathCase{"website root", u"1", u"", u"/LM/W3SVC/1/Root"},
+                      BasePathCase{"one name", u"1", u"shop", u"/LM/W3SVC/1/Root/shop"},
+                      BasePathCase{"nested names", u"7", u"a/b", u"/LM/W3SVC/7/Root/a/b"},
+                      BasePathCase{"no site number", u"", u"", u"/LM/W3SVC//Root"}),
+    NameFromWhat());
 
 TEST(BasePathWarningTest, AnEmptySiteNumberIsWarnedAbout) {
     LegacyBound bound;
