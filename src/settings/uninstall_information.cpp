@@ -11,6 +11,30 @@ qm::wstring UninstallInformationKeyOf(const qm::wstring& productCode) {
     return qm::wstring(kUninstallInformationKey) + u"\\" + productCode;
 }
 
+uint32_t OpenOrCreateUninstallInformationKey(platform::Registry& registry,
+                                             const qm::wstring& productCode,
+                                             platform::ScopedRegKey& key) {
+    const qm::wstring path = UninstallInformationKeyOf(productCode);
+    const uint32_t opened = registry.OpenKey(platform::kLocalMachine, path,
+                                             platform::key_access::all_access, key.receive());
+    if (opened == qm::win32::success) {
+        return opened;
+    }
+    return registry.CreateKey(platform::kLocalMachine, path, platform::key_access::all_access,
+                              key.receive());
+}
+
+bool WriteSiteNumberValue(platform::Registry& registry, const qm::wstring& productCode,
+                          const qm::wstring& valueName, const qm::wstring& siteNumber) {
+    platform::ScopedRegKey key(registry);
+    if (OpenOrCreateUninstallInformationKey(registry, productCode, key) != qm::win32::success) {
+        return false;
+    }
+    platform::RegValue value = platform::RegValue::String(siteNumber);
+    value.data.resize(value.data.size() - sizeof(char16_t));  // the NUL is not stored
+    return registry.SetValue(key.get(), valueName, value) == qm::win32::success;
+}
+
 std::optional<qm::wstring> FindStoredSiteNumber(platform::Registry& registry,
                                                 const qm::wstring& productCode,
                                                 const qm::wstring& valueName) {

@@ -12,12 +12,25 @@ namespace webrig::settings {
 inline constexpr char16_t kUninstallInformationKey[] =
     u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Quillmark Uninstall Information";
 
+// The product code that new site numbers are stored under when the project gives none.
+inline constexpr char16_t kFallbackProductCode[] = u"{5BD96B56-F945-4DE8-B22B-221CBA237789}";
+
 // The product's key path below HKEY_LOCAL_MACHINE.
 qm::wstring UninstallInformationKeyOf(const qm::wstring& productCode);
 
 // The text of the value `valueName` that an earlier installation of the product stored; nullopt
 // when the key or the value is missing, is not text, or does not fit the 260-character buffer it
 // is read into.
+// Opens the product's key with all access, creating it when it is missing. A Win32 code.
+uint32_t OpenOrCreateUninstallInformationKey(platform::Registry& registry,
+                                             const qm::wstring& productCode,
+                                             platform::ScopedRegKey& key);
+
+// Stores a site number for later runs as REG_SZ, its length counting no terminating NUL. False
+// when the key cannot be opened or created, or the value cannot be set.
+bool WriteSiteNumberValue(platform::Registry& registry, const qm::wstring& productCode,
+                          const qm::wstring& valueName, const qm::wstring& siteNumber);
+
 std::optional<qm::wstring> FindStoredSiteNumber(platform::Registry& registry,
                                                 const qm::wstring& productCode,
                                                 const qm::wstring& valueName);

@@ -1,0 +1,3 @@
+#include "controller/brindle_legacy_controller.h"
+
+template class webrig::controller::LegacyBackendBinding<CIisFunctionsLegacy>;

@@ -1,0 +1,3 @@
+#include "controller/brindle_vista_controller.h"
+
+template class webrig::controller::VistaBackendBinding<CIisFunctionsVista>;
