@@ -2,8 +2,11 @@
 
 #include "exports/runtime_holder.h"
 #include "host/host_functions.h"
+#include "host/operation_recording.h"
 #include "platform/default_platform.h"
 #include "settings/iis_pro_ini_loader.h"
+#include "support/com_exception.h"
+#include "support/format.h"
 
 namespace webrig::exports {
 namespace {
@@ -21,6 +24,32 @@ int32_t WithRuntime(Work&& work) noexcept {
     } catch (...) {
         return 0;
     }
+}
+
+// The uninstall calls: the controller of this call, its session opened, then the removal.
+// `applies` is the call's gate on the instance's IIS state.
+template <class Applies>
+int32_t Uninstall(Applies&& applies) noexcept {
+    return WithRuntime([&](CIISProRuntime& runtime) {
+        if (!applies(runtime.propertyBag)) {
+            return 0;
+        }
+        const std::unique_ptr<CIISProVRootController> controller = runtime.BuildController();
+        if (runtime.OpenUninstallSession(*controller) != 0) {
+            return 0;
+        }
+        // The removal of the named item comes with the uninstall orchestration.
+        return 0;
+    });
+}
+
+bool IisWorkOn(const CIISPropertyBag& bag) {
+    return bag.ignoreIIS == 0;
+}
+
+// Application pools and web service extensions exist from IIS 6 on.
+bool IisWorkOnIis6(const CIISPropertyBag& bag) {
+    return bag.ignoreIIS == 0 && bag.iisMajorVersion >= 6;
 }
 
 }  // namespace
@@ -58,10 +87,25 @@ int32_t Uninitialize() {
     });
 }
 
-int32_t ComponentInstall(const qm::wstring& component, void* /*operations*/) {
+int32_t ComponentInstall(const qm::wstring& component, void* operations) {
     return WithRuntime([&](CIISProRuntime& runtime) {
         if (runtime.installedComponents.contains(component)) {
             return 0;
+        }
+        {
+            const std::unique_ptr<CIISProVRootController> controller = runtime.BuildController();
+            try {
+                controller->operationRecorder =
+                    host::ObtainOperationRecorder(runtime.platform().hostObjects(), operations);
+            } catch (const qm::com_exception& error) {
+                // The items are still created, as for a component whose records the host
+                // suppresses; the log says why nothing was recorded.
+                runtime.Log(
+                    qm::format(u"No operation recorder from the host (0x%x): the items "
+                               u"of component %s are not recorded",
+                               static_cast<uint32_t>(error.error()), component));
+            }
+            runtime.ComponentInstall(*controller, component);
         }
         runtime.installedComponents.insert(component);
         return 0;
@@ -81,19 +125,19 @@ int32_t CheckForContinue(const qm::wstring& component, int32_t continueWithoutII
 }
 
 int32_t VRootUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return Uninstall(IisWorkOn);
 }
 
 int32_t WebSiteUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return Uninstall(IisWorkOn);
 }
 
 int32_t AppPoolUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return Uninstall(IisWorkOnIis6);
 }
 
 int32_t WebServiceExtensionUninstall(const qm::wstring& /*name*/) {
-    return WithRuntime([](CIISProRuntime&) { return 0; });
+    return Uninstall(IisWorkOnIis6);
 }
 
 }  // namespace webrig::exports

@@ -1,5 +1,6 @@
 #include "exports/iis_pro_runtime.h"
 
+#include "controller/controller_factory.h"
 #include "host/event_log.h"
 #include "services/backend_choice.h"
 #include "services/iis_admin_check.h"
@@ -49,6 +50,28 @@ int32_t CIISProRuntime::ReadIisMajorVersion() {
 
 bool CIISProRuntime::UseIis7Objects() {
     return webrig::services::UseIis7Objects(propertyBag, m_platform->comClasses(), eventSink.get());
+}
+
+std::unique_ptr<CIISProVRootController> CIISProRuntime::BuildController() {
+    return webrig::controller::BuildController(UseIis7Objects(), *m_platform);
+}
+
+int32_t CIISProRuntime::ComponentInstall(CIISProVRootController& controller,
+                                         const qm::wstring& component) {
+    if (propertyBag.ignoreIIS != 0) {
+        return 0;
+    }
+    controller.SetEventSink(eventSink.get());
+    const auto found = propertyBag.components.find(component);
+    const qm::wstring feature =
+        found != propertyBag.components.end() ? found->second->feature : qm::wstring();
+    controller.ComponentFileInfo(hostContext, feature, component);
+    return controller.SetPropertyBag(propertyBag);
+}
+
+int32_t CIISProRuntime::OpenUninstallSession(CIISProVRootController& controller) {
+    controller.SetEventSink(eventSink.get());
+    return controller.SetPropertyBag(propertyBag);
 }
 
 webrig::services::ServiceContext CIISProRuntime::ServiceContext() {

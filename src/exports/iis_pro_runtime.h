@@ -5,6 +5,7 @@
 #include <memory>
 #include <set>
 
+#include "controller/iis_pro_vroot_controller.h"
 #include "host/iis_event.h"
 #include "platform/platform.h"
 #include "services/service_context.h"
@@ -39,6 +40,18 @@ class CIISProRuntime final {
     // Whether this call's controller works on the IIS 7+ configuration system (else the
     // metabase).
     bool UseIis7Objects();
+
+    // A controller for one export call, over the backend this call chooses.
+    std::unique_ptr<CIISProVRootController> BuildController();
+
+    // Installs the component's IIS items through `controller`: hands it the event sink and the
+    // component's file information from the host, and opens the backend session. Returns the
+    // first non-zero status; the export does not pass it on.
+    int32_t ComponentInstall(CIISProVRootController& controller, const qm::wstring& component);
+
+    // What every uninstall call does before its removal: the controller gets the event sink and
+    // the bag, which opens the backend session; its status, 0 to go on.
+    int32_t OpenUninstallSession(CIISProVRootController& controller);
 
     // The runtime's log helper: one line to the event sink, if any.
     void Log(const qm::wstring& text);
