@@ -9,6 +9,7 @@
 #include "platform/com_classes.h"
 #include "platform/file_system.h"
 #include "platform/host_objects.h"
+#include "platform/iis_config.h"
 #include "platform/modules.h"
 #include "platform/registry.h"
 #include "platform/service_control.h"
@@ -30,6 +31,7 @@ class Platform {
     virtual HostObjects& hostObjects() = 0;
     virtual ServiceControl& services() = 0;
     virtual ComClasses& comClasses() = 0;
+    virtual IisConfiguration& iisConfiguration() = 0;
 };
 
 }  // namespace webrig::platform

@@ -32,6 +32,17 @@ constexpr hresult not_implemented = static_cast<hresult>(0x80004001u);
 constexpr hresult out_of_memory = static_cast<hresult>(0x8007000Eu);
 constexpr hresult invalid_arg = static_cast<hresult>(0x80070057u);
 constexpr hresult class_not_registered = static_cast<hresult>(0x80040154u);  // REGDB_E_CLASSNOTREG
+// The HRESULTs of the IIS 7+ configuration system.
+constexpr hresult file_not_found = static_cast<hresult>(0x80070002u);
+constexpr hresult path_not_found = static_cast<hresult>(0x80070003u);
+constexpr hresult invalid_data = static_cast<hresult>(0x8007000Du);
+constexpr hresult sharing_violation = static_cast<hresult>(0x80070020u);
+constexpr hresult lock_violation = static_cast<hresult>(0x80070021u);
+constexpr hresult not_supported = static_cast<hresult>(0x80070032u);
+constexpr hresult already_exists = static_cast<hresult>(0x800700B7u);
+constexpr hresult file_checked_out = static_cast<hresult>(0x800700DDu);
+constexpr hresult element_not_found = static_cast<hresult>(0x80070490u);
+constexpr hresult invalid_index = static_cast<hresult>(0x80070585u);
 }  // namespace hr
 
 // Win32 error codes (GetLastError, registry and service results).

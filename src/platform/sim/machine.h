@@ -14,6 +14,8 @@
 #include <memory>
 
 #include "platform/platform.h"
+#include "platform/sim/iis7/config_encryption.h"
+#include "platform/sim/iis7/sim_iis_configuration.h"
 #include "platform/sim/machine_config.h"
 #include "platform/sim/sim_automation.h"
 #include "platform/sim/sim_clock.h"
@@ -55,6 +57,7 @@ class Machine final : public platform::Platform {
     platform::HostObjects& hostObjects() override { return m_hostObjects; }
     platform::ServiceControl& services() override { return m_services; }
     platform::ComClasses& comClasses() override { return m_comClasses; }
+    platform::IisConfiguration& iisConfiguration() override { return m_iisConfiguration; }
 
   private:
     // The IIS 6 admin base class is registered where machine.json says the metabase is.
@@ -71,6 +74,8 @@ class Machine final : public platform::Platform {
 
     Machine(std::filesystem::path folder, MachineConfig config, RegFile localMachine,
             ServicesFile services);
+    // The key of secret configuration attributes, read when first needed.
+    const iis7::ConfigEncryption& ConfigurationEncryption();
 
     std::filesystem::path m_folder;
     MachineConfig m_config;
@@ -84,6 +89,8 @@ class Machine final : public platform::Platform {
     SimHostObjects m_hostObjects;
     SimServiceControl m_services;
     SimComClasses m_comClasses;
+    std::unique_ptr<iis7::ConfigEncryption> m_encryption;
+    iis7::SimIisConfiguration m_iisConfiguration;
 };
 
 }  // namespace webrig::sim

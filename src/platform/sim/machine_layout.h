@@ -21,6 +21,11 @@ inline std::filesystem::path ServicesJsonPath(const std::filesystem::path& folde
     return folder / "services.json";
 }
 
+// Held while files of the machine are checked and replaced together (MachineLock).
+inline std::filesystem::path MachineLockPath(const std::filesystem::path& folder) {
+    return folder / "machine.lock";
+}
+
 // The folder that is C:\.
 inline std::filesystem::path DriveCPath(const std::filesystem::path& folder) {
     return folder / "drive_c";

@@ -85,6 +85,14 @@ class UnavailableComClasses final : public platform::ComClasses {
     qm::hresult ProbeAdminBaseClassFactory() override { return qm::hresult_from_win32(not_ready); }
 };
 
+class UnavailableIisConfiguration final : public platform::IisConfiguration {
+  public:
+    qm::hresult CreateAdminManager(std::unique_ptr<platform::AdminManager>& manager) override {
+        manager.reset();
+        return qm::hresult_from_win32(not_ready);
+    }
+};
+
 }  // namespace
 
 UnavailableMachine::UnavailableMachine(qm::wstring reason)
@@ -93,7 +101,8 @@ UnavailableMachine::UnavailableMachine(qm::wstring reason)
       m_system(std::make_unique<UnavailableSystemInfo>()),
       m_files(std::make_unique<UnavailableFileSystem>()),
       m_services(std::make_unique<UnavailableServiceControl>()),
-      m_comClasses(std::make_unique<UnavailableComClasses>()) {}
+      m_comClasses(std::make_unique<UnavailableComClasses>()),
+      m_iisConfiguration(std::make_unique<UnavailableIisConfiguration>()) {}
 
 UnavailableMachine::~UnavailableMachine() = default;
 

@@ -34,6 +34,7 @@ class UnavailableMachine final : public platform::Platform {
     platform::HostObjects& hostObjects() override { return m_hostObjects; }
     platform::ServiceControl& services() override { return *m_services; }
     platform::ComClasses& comClasses() override { return *m_comClasses; }
+    platform::IisConfiguration& iisConfiguration() override { return *m_iisConfiguration; }
 
   private:
     qm::wstring m_reason;
@@ -42,6 +43,7 @@ class UnavailableMachine final : public platform::Platform {
     std::unique_ptr<platform::FileSystem> m_files;
     std::unique_ptr<platform::ServiceControl> m_services;
     std::unique_ptr<platform::ComClasses> m_comClasses;
+    std::unique_ptr<platform::IisConfiguration> m_iisConfiguration;
     SimClock m_clock;
     Windows1252 m_codePage;
     SimModules m_modules;

@@ -1,0 +1,159 @@
+#include "platform/sim/iis7/admin_manager.h"
+
+#include "platform/sim/iis7/config_failure.h"
+#include "platform/sim/iis7/config_locations.h"
+#include "platform/sim/iis7/config_objects.h"
+#include "platform/sim/iis7/config_path.h"
+#include "platform/sim/iis7/section_delegation.h"
+
+namespace webrig::sim::iis7 {
+namespace {
+
+std::vector<std::string> SplitSectionName(const std::string& name) {
+    std::vector<std::string> names;
+    size_t start = 0;
+    while (true) {
+        const size_t slash = name.find('/', start);
+        names.push_back(name.substr(start, slash == std::string::npos ? slash : slash - start));
+        if (slash == std::string::npos) {
+            return names;
+        }
+        start = slash + 1;
+    }
+}
+
+bool OnlyInAppHost(const SectionDeclaration& declaration) {
+    return declaration.allowDefinition == AllowDefinition::appHostOnly ||
+           declaration.allowDefinition == AllowDefinition::machineOnly;
+}
+
+const XmlElement& Configuration(const WorkingFile& file) {
+    return *file.document.DocumentElement();
+}
+
+// Why the section may not be written at the target level, or ok.
+void DecideWriteRefusal(SectionView& view, const SectionDeclaration& declaration,
+                        const std::vector<qm::wstring>& relative, const WorkingFile& appHost) {
+    const WorkingFile& file = *view.levels[view.target].file;
+    const std::string where = qm::to_utf8(JoinSegments(file.configPath, 0, file.configPath.size()));
+    if (OnlyInAppHost(declaration) && (!file.isAppHost || !relative.empty())) {
+        view.writeRefusal = qm::hr::lock_violation;
+        view.refusalText =
+            "the section " + declaration.name + " can only be set in applicationHost.config itself";
+    } else if (!declaration.allowLocation && !relative.empty()) {
+        view.writeRefusal = qm::hr::lock_violation;
+        view.refusalText = "the section " + declaration.name + " cannot be set in a location tag";
+    } else if (!file.isAppHost &&
+               !OverrideAllowed(declaration, Configuration(appHost), file.configPath)) {
+        view.writeRefusal = qm::hr::lock_violation;
+        view.refusalText =
+            "This configuration section cannot be used at this path (" + where +
+            "). This happens when the section is locked at a parent level: " + declaration.name +
+            " has overrideModeDefault=\"Deny\"";
+    }
+}
+
+// A web.config that already holds a section it may not hold cannot be read.
+void CheckReadable(const SectionView& view, const SectionDeclaration& declaration,
+                   const WorkingFile& appHost) {
+    for (const ConfigLevel& level : view.levels) {
+        const WorkingFile& file = *level.file;
+        if (file.isAppHost) {
+            continue;
+        }
+        const std::vector<FoundElement> sections =
+            view.session->SectionsAt(level, view.sectionNames);
+        if (sections.empty()) {
+            continue;
+        }
+        if (OnlyInAppHost(declaration) ||
+            !OverrideAllowed(declaration, Configuration(appHost), file.configPath)) {
+            Fail(qm::hr::lock_violation,
+                 file.displayName + "(" + std::to_string(sections.front().element->line) +
+                     "): This configuration section cannot be used at this path. This happens "
+                     "when the section is locked at a parent level: " +
+                     declaration.name);
+        }
+    }
+}
+
+}  // namespace
+
+AdminManagerImpl::AdminManagerImpl(ConfigMachine machine)
+    : m_session(std::make_shared<ConfigSession>(std::move(machine))) {}
+
+qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::wstring_view path,
+                                              std::shared_ptr<platform::ConfigElement>& section) {
+    section.reset();
+    return Guarded(*m_session, [&] {
+        const std::optional<std::vector<qm::wstring>> segments = SplitConfigPath(path);
+        if (!segments) {
+            Fail(qm::hr::invalid_arg,
+                 "not a configuration path below MACHINE/WEBROOT/APPHOST: " + qm::to_utf8(path));
+        }
+        const std::vector<qm::wstring>& commit = m_session->commitSegments();
+        if (!IsPathPrefix(commit, *segments)) {
+            Fail(qm::hr::invalid_arg, qm::to_utf8(path) + " lies outside the commit path " +
+                                          qm::to_utf8(m_session->commitPath()));
+        }
+        WorkingFile& appHost = m_session->AppHost();
+        const std::string name = qm::to_utf8(sectionName);
+        const SectionDeclaration* declaration = appHost.declarations.FindSection(name);
+        if (!declaration) {
+            declaration = FrameworkSection(name);
+        }
+        const SectionSchema* schema = m_session->machine().schema->FindSection(sectionName);
+        if (!declaration || !schema) {
+            Fail(qm::hr::not_supported,
+                 "the configuration section " + name + " cannot be read because it is missing " +
+                     (declaration ? "from the schema" : "a section declaration"));
+        }
+        auto view = std::make_shared<SectionView>();
+        view->session = m_session;
+        view->schema = schema;
+        view->sectionNames = SplitSectionName(name);
+        view->levels = m_session->LevelsFor(*segments);
+        WorkingFile& commitFile = m_session->CommitFile();
+        const std::vector<qm::wstring> relative(
+            segments->begin() + static_cast<long>(commit.size()), segments->end());
+        for (size_t i = 0; i < view->levels.size(); ++i) {
+            if (view->levels[i].file == &commitFile &&
+                SameSegments(view->levels[i].location, relative)) {
+                view->target = i;
+            }
+        }
+        CheckReadable(*view, *declaration, appHost);
+        DecideWriteRefusal(*view, *declaration, relative, appHost);
+        section = std::make_shared<ConfigElementImpl>(view, &schema->root, nullptr,
+                                                      std::vector<std::string>{});
+    });
+}
+
+qm::hresult AdminManagerImpl::CommitChanges() {
+    return Guarded(*m_session, [&] {
+        const qm::hresult result = m_session->Commit();
+        if (qm::failed(result)) {
+            Fail(result, m_session->errorText());
+        }
+    });
+}
+
+qm::hresult AdminManagerImpl::GetCommitPath(qm::wstring& path) {
+    path = m_session->commitPath();
+    return qm::hr::ok;
+}
+
+qm::hresult AdminManagerImpl::PutCommitPath(qm::wstring_view path) {
+    return m_session->PutCommitPath(path);
+}
+
+qm::hresult AdminManagerImpl::GetConfigManager(std::shared_ptr<platform::ConfigManager>& manager) {
+    manager = std::make_shared<ConfigManagerImpl>(m_session);
+    return qm::hr::ok;
+}
+
+qm::wstring AdminManagerImpl::LastErrorDescription() {
+    return qm::from_utf8(m_session->errorText());
+}
+
+}  // namespace webrig::sim::iis7

@@ -1,0 +1,195 @@
+#include "platform/sim/iis7/collection_entries.h"
+
+#include <algorithm>
+
+#include "platform/sim/iis7/config_path.h"
+
+namespace webrig::sim::iis7 {
+namespace {
+
+std::vector<std::string> AddNames(const CollectionSchema& collection) {
+    std::vector<std::string> names;
+    for (const std::u16string& add : collection.addElements) {
+        names.push_back(qm::to_utf8(add));
+    }
+    return names;
+}
+
+bool IsIn(const std::vector<std::string>& names, std::string_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+std::string KeyText(const AttributeSchema& attribute, const XmlElement& element,
+                    const std::string& name) {
+    const XmlAttribute* found = element.FindAttribute(name);
+    return found ? found->value : qm::to_utf8(attribute.defaultValue);
+}
+
+bool IsKey(const AttributeSchema& attribute) {
+    return attribute.isUniqueKey || attribute.isCombinedKey;
+}
+
+// Applies one level's <add>, <remove> and <clear> entries to what came from above.
+void ApplyLevel(MergedCollection& merged, const FoundElement& holder, size_t level,
+                const CollectionSchema& collection, const ElementSchema& ownerSchema) {
+    const std::string clearName = qm::to_utf8(collection.clearElement);
+    const std::string removeName = qm::to_utf8(collection.removeElement);
+    const std::vector<std::string> addNames = AddNames(collection);
+    // Entries of one collection nearly always share one name: look its schema up once.
+    std::string lastName;
+    const ElementSchema* lastSchema = nullptr;
+    const size_t base = merged.bases.size();
+    merged.bases.push_back(holder.path);
+    std::vector<MergedEntry> local;
+    const auto drop = [](std::vector<MergedEntry>& entries, const XmlElement& remove) {
+        std::erase_if(entries, [&](const MergedEntry& entry) {
+            return SameKey(*entry.schema, *entry.element, remove);
+        });
+    };
+    const std::vector<XmlChild>& children = holder.element->children;
+    for (size_t i = 0; i < children.size(); ++i) {
+        const XmlElement* element = children[i].element.get();
+        if (!element) {
+            continue;
+        }
+        if (!clearName.empty() && element->name == clearName) {
+            merged.entries.clear();
+            local.clear();
+        } else if (!removeName.empty() && element->name == removeName) {
+            drop(merged.entries, *element);
+            drop(local, *element);
+        } else if (IsIn(addNames, element->name)) {
+            if (element->name != lastName) {
+                lastName = element->name;
+                lastSchema = ownerSchema.FindEntry(qm::from_utf8(element->name));
+            }
+            if (const ElementSchema* schema = lastSchema) {
+                local.push_back({element, schema, level, base, {element->id, i}});
+            }
+        }
+    }
+    const auto at = collection.mergeAppend ? merged.entries.end() : merged.entries.begin();
+    merged.entries.insert(at, local.begin(), local.end());
+}
+
+}  // namespace
+
+bool SameKey(const ElementSchema& schema, const XmlElement& a, const XmlElement& b) {
+    bool hasKey = false;
+    for (const AttributeSchema& attribute : schema.attributes) {
+        if (!IsKey(attribute)) {
+            continue;
+        }
+        hasKey = true;
+        const std::string name = qm::to_utf8(attribute.name);
+        const std::string x = KeyText(attribute, a, name);
+        const std::string y = KeyText(attribute, b, name);
+        if (attribute.caseSensitive ? x != y : !EqualsIgnoringCase(x, y)) {
+            return false;
+        }
+    }
+    return hasKey;
+}
+
+MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSchema& collection) {
+    MergedCollection merged;
+    const SectionView& view = *owner.view();
+    if (!owner.anchor()) {
+        for (size_t level = 0; level < view.levels.size(); ++level) {
+            for (const FoundElement& section :
+                 view.session->SectionsAt(view.levels[level], view.sectionNames)) {
+                const FoundElement holder = DescendByNames(section, owner.names());
+                if (holder.element) {
+                    ApplyLevel(merged, holder, level, collection, *owner.schema());
+                }
+            }
+        }
+        return merged;
+    }
+    const XmlElement* anchored = ResolveAnchor(view, *owner.anchor());
+    if (!anchored) {
+        return merged;
+    }
+    const FoundElement holder = DescendByNames({anchored, {}}, owner.names());
+    if (holder.element) {
+        ApplyLevel(merged, holder, AnchorLevel(view, *owner.anchor()), collection, *owner.schema());
+    }
+    return merged;
+}
+
+std::shared_ptr<Anchor> AnchorFor(const ConfigElementImpl& owner,
+                                  const CollectionSchema& collection,
+                                  const MergedCollection& merged, size_t index) {
+    const MergedEntry& entry = merged.entries[index];
+    auto anchor = std::make_shared<Anchor>();
+    anchor->path = merged.bases[entry.base];
+    anchor->path.push_back(entry.step);
+    anchor->level = entry.level;
+    anchor->collection = &collection;
+    anchor->ownerSchema = owner.schema();
+    if (owner.anchor()) {
+        anchor->parent = owner.anchor();
+    } else {
+        anchor->ownerNames = owner.names();
+    }
+    return anchor;
+}
+
+void InsertEntry(XmlElement& owner, const CollectionSchema& collection, XmlElementPtr entry,
+                 size_t ordinal, const XmlLayout& layout) {
+    const std::string clearName = qm::to_utf8(collection.clearElement);
+    const std::string removeName = qm::to_utf8(collection.removeElement);
+    const std::vector<std::string> addNames = AddNames(collection);
+    std::vector<size_t> adds;
+    size_t lastEntry = std::string::npos;
+    size_t firstElement = std::string::npos;
+    for (size_t i = 0; i < owner.children.size(); ++i) {
+        const XmlElement* element = owner.children[i].element.get();
+        if (!element) {
+            continue;
+        }
+        if (firstElement == std::string::npos) {
+            firstElement = i;
+        }
+        const bool isAdd = IsIn(addNames, element->name);
+        if (isAdd) {
+            adds.push_back(i);
+        }
+        if (isAdd || (!clearName.empty() && element->name == clearName) ||
+            (!removeName.empty() && element->name == removeName)) {
+            lastEntry = i;
+        }
+    }
+    size_t before = std::string::npos;
+    if (ordinal < adds.size()) {
+        before = adds[ordinal];
+    } else if (lastEntry != std::string::npos) {
+        for (size_t i = lastEntry + 1; i < owner.children.size(); ++i) {
+            if (owner.children[i].element) {
+                before = i;
+                break;
+            }
+        }
+    } else {
+        before = firstElement;
+    }
+    InsertChildElement(owner, before, std::move(entry), layout);
+}
+
+std::shared_ptr<XmlElement> RemoveEntryFor(const CollectionSchema& collection,
+                                           const ElementSchema& schema, const XmlElement& entry) {
+    auto remove = NewXmlElement(qm::to_utf8(collection.removeElement));
+    for (const AttributeSchema& attribute : schema.attributes) {
+        if (!IsKey(attribute)) {
+            continue;
+        }
+        const std::string name = qm::to_utf8(attribute.name);
+        const std::string value = KeyText(attribute, entry, name);
+        if (entry.FindAttribute(name) || !value.empty()) {
+            remove->SetAttribute(name, value);
+        }
+    }
+    return remove;
+}
+
+}  // namespace webrig::sim::iis7

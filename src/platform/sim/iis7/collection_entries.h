@@ -1,0 +1,48 @@
+#pragma once
+// How a collection's entries come together across levels: <add> entries append (or, where the
+// schema says mergeAppend="false", go before the inherited ones), <remove> drops an inherited
+// entry by its key, <clear> drops all inherited entries.
+
+#include <string>
+#include <vector>
+
+#include "platform/sim/iis7/config_objects.h"
+#include "platform/sim/iis7/schema.h"
+
+namespace webrig::sim::iis7 {
+
+struct MergedEntry {
+    const XmlElement* element = nullptr;
+    const ElementSchema* schema = nullptr;
+    size_t level = 0;
+    size_t base = 0;  // the way to the collection's element, in MergedCollection::bases
+    PathStep step;    // the entry below it
+};
+
+struct MergedCollection {
+    std::vector<MergedEntry> entries;
+    std::vector<NodePath> bases;
+};
+
+// The entries of the collection `owner` holds, as they apply at the owner's path.
+MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSchema& collection);
+
+// An anchor for entry `index`, for handing the entry out.
+std::shared_ptr<Anchor> AnchorFor(const ConfigElementImpl& owner,
+                                  const CollectionSchema& collection,
+                                  const MergedCollection& merged, size_t index);
+
+// Whether two entries have equal keys (unique or combined key attributes; letter case ignored
+// unless the attribute is case-sensitive). Entries without key attributes never match.
+bool SameKey(const ElementSchema& schema, const XmlElement& a, const XmlElement& b);
+
+// Inserts an entry into the element that holds the collection: before the `ordinal`-th local
+// <add> entry, or after the last entry for npos (entries come before other child elements).
+void InsertEntry(XmlElement& owner, const CollectionSchema& collection, XmlElementPtr entry,
+                 size_t ordinal, const XmlLayout& layout);
+
+// A <remove> entry naming the key of `entry`.
+std::shared_ptr<XmlElement> RemoveEntryFor(const CollectionSchema& collection,
+                                           const ElementSchema& schema, const XmlElement& entry);
+
+}  // namespace webrig::sim::iis7

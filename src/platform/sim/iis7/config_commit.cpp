@@ -1,0 +1,89 @@
+// CommitChanges: every changed file is written atomically under the machine's lock, unless
+// another writer replaced it since this manager read it.
+
+#include <vector>
+
+#include "platform/sim/iis7/config_session.h"
+#include "platform/sim/machine_lock.h"
+
+namespace webrig::sim::iis7 {
+namespace {
+
+struct PendingWrite {
+    WorkingFile* file;
+    std::string bytes;
+    size_t hash;
+};
+
+// Whether the file on disk is still the one this manager read.
+bool Unchanged(const WorkingFile& file) {
+    const FileIdentity now = IdentifyFile(file.hostPath);
+    if (now == file.loaded.identity) {
+        return true;
+    }
+    if (!now.exists || !file.loaded.identity.exists) {
+        return false;
+    }
+    // Touched or copied back but holding the same bytes: nothing is lost by writing.
+    const std::optional<std::string> bytes = ConfigFileCache::ReadBytes(file.hostPath);
+    return bytes && bytes->size() == file.loaded.identity.size &&
+           HashContent(*bytes) == file.loaded.contentHash;
+}
+
+}  // namespace
+
+qm::hresult ConfigSession::Commit() {
+    std::vector<PendingWrite> writes;
+    for (auto& [key, file] : m_files) {
+        if (!file->Changed()) {
+            continue;
+        }
+        std::string bytes = RenderXml(file->document);
+        const size_t hash = HashContent(bytes);
+        if (file->loaded.identity.exists && hash == file->loaded.contentHash &&
+            bytes.size() == file->loaded.identity.size) {
+            // Changed and changed back: the file stays as it is.
+            file->readRoot = file->document.root;
+            continue;
+        }
+        writes.push_back({file.get(), std::move(bytes), hash});
+    }
+    if (writes.empty()) {
+        m_pending = false;
+        return qm::hr::ok;
+    }
+    MachineLock lock(m_machine.lockFile);
+    if (!lock.held()) {
+        m_errorText = "the machine's lock file cannot be locked: " + m_machine.lockFile.string();
+        return qm::hr::sharing_violation;
+    }
+    for (const PendingWrite& write : writes) {
+        if (!Unchanged(*write.file)) {
+            m_errorText = write.file->displayName +
+                          ": the file has changed on disk since it was read; "
+                          "nothing was written";
+            return qm::hr::sharing_violation;
+        }
+        std::error_code error;
+        if (!std::filesystem::is_directory(write.file->hostPath.parent_path(), error)) {
+            m_errorText = write.file->displayName + ": the folder does not exist";
+            return qm::hr::path_not_found;
+        }
+    }
+    for (PendingWrite& write : writes) {
+        WorkingFile& file = *write.file;
+        if (!m_machine.writer(file.hostPath,
+                              std::as_bytes(std::span(write.bytes.data(), write.bytes.size())))) {
+            m_errorText = file.displayName + ": the file cannot be written";
+            return qm::hresult_from_win32(qm::win32::write_fault);
+        }
+        auto document = std::make_shared<const XmlDocument>(file.document);
+        file.loaded = LoadedFile{IdentifyFile(file.hostPath), write.hash, document};
+        file.readRoot = file.document.root;
+        m_machine.cache->Store(file.hostPath, file.loaded);
+    }
+    m_pending = false;
+    return qm::hr::ok;
+}
+
+}  // namespace webrig::sim::iis7

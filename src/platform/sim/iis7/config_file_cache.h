@@ -1,0 +1,60 @@
+#pragma once
+// Parsed configuration files shared by every administration manager of the process. The runtime
+// creates a fresh manager for each setting it commits, so a file that has not changed on disk
+// since it was read (same identity) is not read or parsed again, and one whose identity changed
+// but whose bytes did not (a copy, a touch) keeps its parsed document.
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "platform/sim/iis7/xml_tree.h"
+
+namespace webrig::sim::iis7 {
+
+// What identifies a file's content without reading it.
+struct FileIdentity {
+    bool exists = false;
+    uint64_t device = 0;
+    uint64_t inode = 0;
+    uint64_t size = 0;
+    int64_t modifiedNs = 0;
+    int64_t changedNs = 0;
+
+    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+FileIdentity IdentifyFile(const std::filesystem::path& path);
+
+size_t HashContent(std::string_view bytes);
+
+struct LoadedFile {
+    FileIdentity identity;
+    size_t contentHash = 0;
+    std::shared_ptr<const XmlDocument> document;  // null when the file does not exist
+};
+
+class ConfigFileCache {
+  public:
+    // The file as it is on disk now. Throws ConfigFileError (naming `displayName`) when it cannot
+    // be read or is not well-formed XML; such files are not cached.
+    LoadedFile Load(const std::filesystem::path& path, const std::string& displayName);
+    // After a commit: the document now on disk.
+    void Store(const std::filesystem::path& path, LoadedFile file);
+    // Reads the bytes of a file; nullopt when it cannot be read.
+    static std::optional<std::string> ReadBytes(const std::filesystem::path& path);
+
+    // How many times a file was parsed (for tests and benchmarks).
+    uint64_t parseCount() const;
+
+  private:
+    mutable std::mutex m_mutex;
+    std::map<std::string, LoadedFile> m_files;
+    uint64_t m_parses = 0;
+};
+
+}  // namespace webrig::sim::iis7

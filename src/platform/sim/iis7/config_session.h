@@ -1,0 +1,151 @@
+#pragma once
+// The state of one administration manager: its commit path, the configuration files it has read
+// (each read once, from the shared cache) with the changes not yet committed, and the hierarchy
+// of levels whose settings apply at a configuration path.
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/sim/atomic_file.h"
+#include "platform/sim/iis7/config_encryption.h"
+#include "platform/sim/iis7/config_file_cache.h"
+#include "platform/sim/iis7/schema.h"
+#include "platform/sim/iis7/section_declarations.h"
+#include "platform/sim/iis7/xml_tree.h"
+#include "platform/sim/machine_config.h"
+#include "support/result_codes.h"
+#include "support/wide_string.h"
+
+namespace webrig::sim::iis7 {
+
+// What the configuration system needs from the machine it runs on.
+struct ConfigMachine {
+    std::filesystem::path driveRoot;  // the folder that is C:\ .
+    std::filesystem::path lockFile;   // MachineLock while committing
+    MachineConfig config;
+    const Schema* schema = nullptr;
+    // The machine's encryption of secret attributes; asked for only when one is read or written.
+    std::function<const ConfigEncryption&()> encryption;
+    ConfigFileCache* cache = nullptr;
+    FileWriter writer = WriteFileAtomically;
+};
+
+// A step of the way from a document's root to an element: the element's id and the index where
+// it was last found among its parent's children.
+struct PathStep {
+    uint64_t id = 0;
+    mutable size_t hint = 0;
+};
+using NodePath = std::vector<PathStep>;
+
+// A configuration file as this manager sees it.
+struct WorkingFile {
+    std::filesystem::path hostPath;
+    std::string displayName;  // the Windows path, for messages
+    bool isAppHost = false;
+    std::vector<qm::wstring> configPath;  // the level the file serves (empty: APPHOST)
+    LoadedFile loaded;                    // as read from disk (no document when missing)
+    XmlElementPtr readRoot;               // the root as read (a new file's template)
+    XmlDocument document;                 // with this manager's changes
+    SectionDeclarations declarations;     // the file's own <configSections>
+
+    bool Changed() const { return document.root != readRoot; }
+};
+
+// A level of the hierarchy: a file's own settings, or its <location> tags for a path below it.
+struct ConfigLevel {
+    WorkingFile* file = nullptr;
+    std::vector<qm::wstring> location;  // relative to the file's level; empty: the file's own
+};
+
+// An element found in a document, with the way to find it again after changes.
+struct FoundElement {
+    const XmlElement* element = nullptr;
+    NodePath path;  // from the document's root, the document element first
+};
+
+class ConfigSession {
+  public:
+    explicit ConfigSession(ConfigMachine machine);
+
+    const ConfigMachine& machine() const noexcept { return m_machine; }
+
+    const qm::wstring& commitPath() const noexcept { return m_commitPath; }
+    const std::vector<qm::wstring>& commitSegments() const noexcept { return m_commitSegments; }
+    qm::hresult PutCommitPath(qm::wstring_view path);
+
+    bool pending() const noexcept { return m_pending; }
+    // Counts changes, so that views computed from the documents know when to compute again.
+    uint64_t version() const noexcept { return m_version; }
+    void MarkChanged() noexcept {
+        m_pending = true;
+        ++m_version;
+    }
+
+    // applicationHost.config; throws ConfigFailure when it is missing or malformed.
+    WorkingFile& AppHost();
+    // The web.config of a path below APPHOST; throws ConfigFailure (0x80070002 no such site,
+    // 0x80070003 no folder, 0x8007000D malformed).
+    WorkingFile& WebConfig(const std::vector<qm::wstring>& path);
+    // The file that receives changes at the commit path.
+    WorkingFile& CommitFile();
+
+    // The levels whose settings apply at `path`, from applicationHost.config down.
+    std::vector<ConfigLevel> LevelsFor(const std::vector<qm::wstring>& path);
+
+    // The section elements a level holds for `sectionNames` (the section's name split at "/"),
+    // in file order; missing ones are left out.
+    std::vector<FoundElement> SectionsAt(const ConfigLevel& level,
+                                         const std::vector<std::string>& sectionNames) const;
+
+    // The element at `path`, or null when it is gone.
+    const XmlElement* Resolve(const WorkingFile& file, const NodePath& path) const;
+    // The element at `path`, made changeable (elements on the way are copied when shared).
+    XmlElement& MutableAt(WorkingFile& file, const NodePath& path);
+    // The element below the section element of `level` that `names` lead to (the section's own
+    // name split at "/", then child names), created with its location tag when missing.
+    struct Writable {
+        XmlElement* element = nullptr;
+        NodePath path;
+    };
+    Writable EnsureSection(const ConfigLevel& level, const std::vector<std::string>& sectionNames,
+                           const std::vector<std::string>& childNames = {});
+
+    // <location> tags of applicationHost.config (working document).
+    std::vector<FoundElement> AppHostLocations();
+
+    qm::hresult Commit();
+
+    void SetError(std::string text) { m_errorText = std::move(text); }
+    const std::string& errorText() const noexcept { return m_errorText; }
+
+  private:
+    WorkingFile& Load(const std::filesystem::path& hostPath, std::string displayName,
+                      bool isAppHost, std::vector<qm::wstring> configPath);
+    void Validate(WorkingFile& file) const;
+
+    ConfigMachine m_machine;
+    qm::wstring m_commitPath;
+    std::vector<qm::wstring> m_commitSegments;
+    bool m_pending = false;
+    uint64_t m_version = 0;
+    std::map<std::string, std::unique_ptr<WorkingFile>> m_files;
+    WorkingFile* m_appHost = nullptr;
+    std::string m_errorText;
+};
+
+// Follows child names down from `start`; null element when one is missing.
+FoundElement DescendByNames(FoundElement start, const std::vector<std::string>& names);
+// Child element of `parent` by name, or null.
+const XmlElement* FindChild(const XmlElement& parent, std::string_view name);
+// The location path of a <location> element, as segments.
+std::vector<qm::wstring> LocationSegments(const XmlElement& location);
+bool SameSegments(const std::vector<qm::wstring>& a, const std::vector<qm::wstring>& b);
+
+}  // namespace webrig::sim::iis7
