@@ -161,7 +161,14 @@ void InsertChildElement(XmlElement& parent, size_t before, XmlElementPtr child,
         if (parent.children.size() == 2) {
             parent.children.push_back({nullptr, layout.newline + parent.indent});
         }
-        parent.selfClosing = false;
+        if (parent.selfClosing) {
+            // "<name ... />" becomes "<name ...>": the space before "/>" goes.
+            while (!parent.tagTail.empty() &&
+                   (parent.tagTail.back() == ' ' || parent.tagTail.back() == '\t')) {
+                parent.tagTail.remove_suffix(1);
+            }
+            parent.selfClosing = false;
+        }
         return;
     }
     if (before == std::string::npos) {
@@ -244,21 +251,10 @@ void RenderXmlElement(const XmlElement& element, std::string& out) {
         return;
     }
     AppendStartTag(element, out);
-    const bool hasContent = !element.children.empty();
-    if (element.selfClosing && !hasContent) {
-        out += element.tagTail;
+    out += element.tagTail;
+    if (element.selfClosing) {
         out += "/>";
         return;
-    }
-    if (element.selfClosing) {
-        // Written as "<name ... />" before children came: drop the space before "/>".
-        std::string_view tail = element.tagTail;
-        while (!tail.empty() && (tail.back() == ' ' || tail.back() == '\t')) {
-            tail.remove_suffix(1);
-        }
-        out += tail;
-    } else {
-        out += element.tagTail;
     }
     out += '>';
     for (const XmlChild& child : element.children) {

@@ -1,0 +1,58 @@
+#pragma once
+// A simulated IIS 10 machine for the configuration store's tests: a known applicationHost.config,
+// the test schema, a file cache of its own and a fixed key for secret attributes.
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/iis_config.h"
+#include "platform/sim/iis7/config_encryption.h"
+#include "platform/sim/iis7/config_file_cache.h"
+#include "platform/sim/iis7/sim_iis_configuration.h"
+#include "testing/temp_machine.h"
+
+namespace webrig::testing {
+
+// The applicationHost.config the tests start from (CRLF line ends, as IIS writes them).
+std::string TestAppHostConfig();
+// "\n" to "\r\n".
+std::string WithCrLf(std::string_view text);
+
+class IisConfigMachine {
+  public:
+    explicit IisConfigMachine(const std::string& appHostText = TestAppHostConfig());
+
+    const std::filesystem::path& folder() const noexcept { return m_machine.path(); }
+    std::filesystem::path AppHostPath() const;
+    // A path on drive C, "inetpub/wwwroot/web.config".
+    std::filesystem::path DrivePath(std::string_view relative) const;
+
+    std::string ReadAppHost() const { return ReadText(AppHostPath()); }
+    void WriteAppHost(std::string_view text) const { WriteText(AppHostPath(), text); }
+    static std::string ReadText(const std::filesystem::path& path);
+    static void WriteText(const std::filesystem::path& path, std::string_view text);
+
+    // A fresh administration manager, as the runtime creates one for each setting.
+    std::unique_ptr<platform::AdminManager> NewManager();
+    sim::iis7::ConfigFileCache& cache() noexcept { return m_cache; }
+    const sim::iis7::ConfigEncryption& encryption() const noexcept { return m_encryption; }
+    sim::iis7::SimIisConfiguration& configuration() noexcept { return *m_configuration; }
+
+  private:
+    TempMachine m_machine;
+    sim::iis7::ConfigFileCache m_cache;
+    sim::iis7::ConfigEncryption m_encryption;
+    std::unique_ptr<sim::iis7::SimIisConfiguration> m_configuration;
+};
+
+// Shortcuts over the seam for tests: each returns the HRESULT of the first call that fails.
+qm::hresult PutAttribute(platform::AdminManager& manager, std::u16string_view section,
+                         std::u16string_view path, std::u16string_view attribute,
+                         const platform::Variant& value);
+qm::hresult ReadAttribute(platform::AdminManager& manager, std::u16string_view section,
+                          std::u16string_view path, std::u16string_view attribute,
+                          std::u16string& text);
+
+}  // namespace webrig::testing
