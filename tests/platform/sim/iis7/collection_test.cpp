@@ -1,0 +1,367 @@
+// Collections: entries merged across levels, added, changed and deleted at the commit path's
+// level, and the HRESULTs of entries that break the collection's rules.
+
+#include <gtest/gtest.h>
+
+#include "testing/iis_config_machine.h"
+
+namespace webrig::sim::iis7 {
+namespace {
+
+using platform::ConfigElement;
+using platform::ElementCollection;
+using platform::Variant;
+using testing::IisConfigMachine;
+
+constexpr std::u16string_view kAppHost = u"MACHINE/WEBROOT/APPHOST";
+constexpr std::u16string_view kSite = u"MACHINE/WEBROOT/APPHOST/Default Web Site";
+constexpr std::u16string_view kSites = u"system.applicationHost/sites";
+constexpr std::u16string_view kPools = u"system.applicationHost/applicationPools";
+
+std::string Replaced(std::string text, std::string_view from, std::string_view to) {
+    const size_t at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
+std::shared_ptr<ElementCollection> CollectionOf(platform::AdminManager& manager,
+                                                std::u16string_view section,
+                                                std::u16string_view path,
+                                                std::u16string_view child = {}) {
+    std::shared_ptr<ConfigElement> element;
+    EXPECT_EQ(manager.GetAdminSection(section, path, element), 0);
+    if (!element) {
+        return nullptr;
+    }
+    if (!child.empty()) {
+        std::shared_ptr<ConfigElement> inner;
+        EXPECT_EQ(element->GetElementByName(child, inner), 0);
+        element = inner;
+    }
+    std::shared_ptr<ElementCollection> collection;
+    EXPECT_EQ(element->GetCollection(collection), 0);
+    return collection;
+}
+
+qm::hresult Put(ConfigElement& element, std::u16string_view name, const Variant& value) {
+    std::shared_ptr<platform::ConfigProperty> property;
+    const qm::hresult hr = element.GetPropertyByName(name, property);
+    return hr != 0 ? hr : property->PutValue(value);
+}
+
+std::u16string Text(ConfigElement& element, std::u16string_view name) {
+    std::shared_ptr<platform::ConfigProperty> property;
+    std::u16string text;
+    if (element.GetPropertyByName(name, property) != 0 || property->GetStringValue(text) != 0) {
+        return u"<error>";
+    }
+    return text;
+}
+
+std::vector<std::u16string> Values(ElementCollection& collection, std::u16string_view name) {
+    uint32_t count = 0;
+    EXPECT_EQ(collection.Count(count), 0);
+    std::vector<std::u16string> values;
+    for (uint32_t i = 0; i < count; ++i) {
+        std::shared_ptr<ConfigElement> item;
+        EXPECT_EQ(collection.Item(i, item), 0);
+        values.push_back(Text(*item, name));
+    }
+    return values;
+}
+
+// The way the runtime creates a website: the site, its binding, its root application and
+// virtual directory, all put together before the site joins the collection. Applications come
+// before the bindings element, where IIS writes them.
+TEST(Collections, ASiteIsBuiltBeforeItIsAdded) {
+    IisConfigMachine machine;
+    const std::string before = machine.ReadAppHost();
+    auto manager = machine.NewManager();
+    auto sites = CollectionOf(*manager, kSites, kAppHost);
+    std::shared_ptr<ConfigElement> site;
+    ASSERT_EQ(sites->CreateNewElement(u"site", site), 0);
+    ASSERT_EQ(Put(*site, u"name", Variant{u"Shop"}), 0);
+    ASSERT_EQ(Put(*site, u"id", Variant{u"2"}), 0);
+    std::shared_ptr<ConfigElement> bindingsElement;
+    ASSERT_EQ(site->GetElementByName(u"bindings", bindingsElement), 0);
+    std::shared_ptr<ElementCollection> bindings;
+    ASSERT_EQ(bindingsElement->GetCollection(bindings), 0);
+    std::shared_ptr<ConfigElement> binding;
+    ASSERT_EQ(bindings->CreateNewElement(u"binding", binding), 0);
+    ASSERT_EQ(Put(*binding, u"bindingInformation", Variant{u"*:8080:"}), 0);
+    ASSERT_EQ(Put(*binding, u"protocol", Variant{u"http"}), 0);
+    ASSERT_EQ(bindings->AddElement(binding, -1), 0);
+    std::shared_ptr<ElementCollection> applications;
+    ASSERT_EQ(site->GetCollection(applications), 0);
+    std::shared_ptr<ConfigElement> application;
+    ASSERT_EQ(applications->CreateNewElement(u"application", application), 0);
+    ASSERT_EQ(Put(*application, u"path", Variant{u"/"}), 0);
+    std::shared_ptr<ElementCollection> directories;
+    ASSERT_EQ(application->GetCollection(directories), 0);
+    std::shared_ptr<ConfigElement> directory;
+    ASSERT_EQ(directories->CreateNewElement(u"virtualDirectory", directory), 0);
+    ASSERT_EQ(Put(*directory, u"path", Variant{u"/"}), 0);
+    ASSERT_EQ(Put(*directory, u"physicalPath", Variant{u"C:\\inetpub\\shop"}), 0);
+    ASSERT_EQ(directories->AddElement(directory, -1), 0);
+    ASSERT_EQ(applications->AddElement(application, -1), 0);
+    ASSERT_EQ(sites->AddElement(site, -1), 0);
+    // The site handle follows the site into the collection.
+    ASSERT_EQ(Put(*site, u"serverAutoStart", Variant{false}), 0);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(machine.ReadAppHost(),
+              Replaced(before, "            </site>\r\n            <siteDefaults",
+                       "            </site>\r\n"
+                       "            <site name=\"Shop\" id=\"2\" serverAutoStart=\"false\">\r\n"
+                       "                <application path=\"/\">\r\n"
+                       "                    <virtualDirectory path=\"/\" "
+                       "physicalPath=\"C:\\inetpub\\shop\" />\r\n"
+                       "                </application>\r\n"
+                       "                <bindings>\r\n"
+                       "                    <binding bindingInformation=\"*:8080:\" "
+                       "protocol=\"http\" />\r\n"
+                       "                </bindings>\r\n"
+                       "            </site>\r\n"
+                       "            <siteDefaults"));
+    // The new site is a web.config level of its own.
+    auto reader = machine.NewManager();
+    ASSERT_EQ(reader->PutCommitPath(u"MACHINE/WEBROOT/APPHOST/Shop"), 0);
+    ASSERT_EQ(testing::PutAttribute(*reader, u"system.webServer/directoryBrowse",
+                                    u"MACHINE/WEBROOT/APPHOST/Shop", u"enabled", Variant{true}),
+              0);
+    ASSERT_EQ(reader->CommitChanges(), 0);
+    EXPECT_TRUE(std::filesystem::exists(machine.DrivePath("inetpub/shop/web.config")));
+}
+
+TEST(Collections, EntriesOfTheSiteLevelComeBeforeInheritedOnesWhereMergeAppendIsOff) {
+    IisConfigMachine machine;
+    IisConfigMachine::WriteText(machine.DrivePath("inetpub/wwwroot/web.config"),
+                                "<configuration><system.webServer><defaultDocument><files>"
+                                "<remove value=\"index.html\" /><add value=\"home.aspx\" />"
+                                "</files></defaultDocument></system.webServer></configuration>");
+    auto manager = machine.NewManager();
+    auto files = CollectionOf(*manager, u"system.webServer/defaultDocument", kSite, u"files");
+    EXPECT_EQ(Values(*files, u"value"),
+              (std::vector<std::u16string>{u"home.aspx", u"Default.htm"}));
+    auto top = CollectionOf(*manager, u"system.webServer/defaultDocument", kAppHost, u"files");
+    EXPECT_EQ(Values(*top, u"value"), (std::vector<std::u16string>{u"Default.htm", u"index.html"}));
+}
+
+TEST(Collections, ClearDropsEverythingInherited) {
+    IisConfigMachine machine;
+    IisConfigMachine::WriteText(
+        machine.DrivePath("inetpub/wwwroot/web.config"),
+        "<configuration><system.webServer><httpErrors><clear />"
+        "<error statusCode=\"401\" path=\"401.htm\" /></httpErrors></system.webServer>"
+        "</configuration>");
+    auto manager = machine.NewManager();
+    auto errors = CollectionOf(*manager, u"system.webServer/httpErrors",
+                               u"MACHINE/WEBROOT/APPHOST/Default Web Site/shop");
+    EXPECT_EQ(Values(*errors, u"statusCode"), (std::vector<std::u16string>{u"401"}));
+}
+
+TEST(Collections, AnEntryAddedBelowTheMainFileStaysLocal) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    ASSERT_EQ(manager->PutCommitPath(kSite), 0);
+    auto files = CollectionOf(*manager, u"system.webServer/defaultDocument", kSite, u"files");
+    std::shared_ptr<ConfigElement> document;
+    ASSERT_EQ(files->CreateNewElement(u"add", document), 0);
+    ASSERT_EQ(Put(*document, u"value", Variant{u"default.aspx"}), 0);
+    ASSERT_EQ(files->AddElement(document, -1), 0);
+    EXPECT_EQ(Values(*files, u"value"),
+              (std::vector<std::u16string>{u"default.aspx", u"Default.htm", u"index.html"}));
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(machine.ReadAppHost(), testing::TestAppHostConfig());
+    EXPECT_EQ(IisConfigMachine::ReadText(machine.DrivePath("inetpub/wwwroot/web.config")),
+              testing::WithCrLf("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<configuration>\n"
+                                "    <system.webServer>\n        <defaultDocument>\n"
+                                "            <files>\n"
+                                "                <add value=\"default.aspx\" />\n"
+                                "            </files>\n        </defaultDocument>\n"
+                                "    </system.webServer>\n</configuration>\n"));
+}
+
+TEST(Collections, ChangingAnInheritedEntryReplacesItLocally) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    ASSERT_EQ(manager->PutCommitPath(kSite), 0);
+    auto errors = CollectionOf(*manager, u"system.webServer/httpErrors", kSite);
+    std::shared_ptr<ConfigElement> notFound;
+    ASSERT_EQ(errors->Item(0, notFound), 0);
+    ASSERT_EQ(Put(*notFound, u"path", Variant{u"/notfound.aspx"}), 0);
+    ASSERT_EQ(Put(*notFound, u"responseMode", Variant{u"ExecuteURL"}), 0);
+    EXPECT_EQ(Values(*errors, u"path"),
+              (std::vector<std::u16string>{u"500.htm", u"/notfound.aspx"}));
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(machine.ReadAppHost(), testing::TestAppHostConfig());
+    EXPECT_EQ(IisConfigMachine::ReadText(machine.DrivePath("inetpub/wwwroot/web.config")),
+              testing::WithCrLf("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<configuration>\n"
+                                "    <system.webServer>\n        <httpErrors>\n"
+                                "            <remove statusCode=\"404\" subStatusCode=\"-1\" />\n"
+                                "            <error statusCode=\"404\" path=\"/notfound.aspx\" "
+                                "responseMode=\"ExecuteURL\" />\n"
+                                "        </httpErrors>\n    </system.webServer>\n"
+                                "</configuration>\n"));
+}
+
+TEST(Collections, DeletingRemovesALocalEntryAndMasksAnInheritedOne) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    auto pools = CollectionOf(*manager, kPools, kAppHost);
+    ASSERT_EQ(pools->DeleteElement(0), 0);
+    EXPECT_EQ(pools->DeleteElement(0), qm::hr::invalid_index);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(machine.ReadAppHost(),
+              Replaced(testing::TestAppHostConfig(),
+                       "            <add name=\"DefaultAppPool\" />\r\n", ""));
+
+    auto site = machine.NewManager();
+    ASSERT_EQ(site->PutCommitPath(kSite), 0);
+    auto files = CollectionOf(*site, u"system.webServer/defaultDocument", kSite, u"files");
+    ASSERT_EQ(files->DeleteElement(1), 0);
+    EXPECT_EQ(Values(*files, u"value"), (std::vector<std::u16string>{u"Default.htm"}));
+    ASSERT_EQ(site->CommitChanges(), 0);
+    EXPECT_NE(IisConfigMachine::ReadText(machine.DrivePath("inetpub/wwwroot/web.config"))
+                  .find("<files>\r\n                <remove value=\"index.html\" />\r\n"),
+              std::string::npos);
+}
+
+TEST(Collections, PositionZeroPutsAHandlerFirst) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    auto handlers = CollectionOf(*manager, u"system.webServer/handlers", kAppHost);
+    std::shared_ptr<ConfigElement> handler;
+    ASSERT_EQ(handlers->CreateNewElement(u"add", handler), 0);
+    ASSERT_EQ(Put(*handler, u"name", Variant{u".abc"}), 0);
+    ASSERT_EQ(Put(*handler, u"path", Variant{u".abc"}), 0);
+    ASSERT_EQ(Put(*handler, u"verb", Variant{u"*"}), 0);
+    ASSERT_EQ(handlers->AddElement(handler, 0), 0);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(machine.ReadAppHost(),
+              Replaced(testing::TestAppHostConfig(), "<handlers accessPolicy=\"Read, Script\">\r\n",
+                       "<handlers accessPolicy=\"Read, Script\">\r\n"
+                       "            <add name=\".abc\" path=\".abc\" verb=\"*\" />\r\n"));
+}
+
+struct AddCase {
+    const char* name;
+    std::vector<std::pair<std::u16string_view, std::u16string_view>> attributes;
+    int32_t position;
+    qm::hresult result;
+};
+
+class AddingPools : public ::testing::TestWithParam<AddCase> {};
+
+TEST_P(AddingPools, FollowTheCollectionsRules) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    auto pools = CollectionOf(*manager, kPools, kAppHost);
+    std::shared_ptr<ConfigElement> pool;
+    ASSERT_EQ(pools->CreateNewElement(u"add", pool), 0);
+    for (const auto& [name, value] : GetParam().attributes) {
+        ASSERT_EQ(Put(*pool, name, Variant{std::u16string(value)}), 0);
+    }
+    EXPECT_EQ(pools->AddElement(pool, GetParam().position), GetParam().result);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    const std::string text = machine.ReadAppHost();
+    if (GetParam().result == 0) {
+        EXPECT_NE(text.find("<add name=\"Shop\" />"), std::string::npos);
+    } else {
+        EXPECT_EQ(text, testing::TestAppHostConfig());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rules, AddingPools,
+    ::testing::Values(
+        AddCase{"appended", {{u"name", u"Shop"}}, -1, 0},
+        AddCase{"atTheEnd", {{u"name", u"Shop"}}, 1, 0},
+        AddCase{"pastTheEnd", {{u"name", u"Shop"}}, 2, qm::hr::invalid_index},
+        AddCase{"existingKey", {{u"name", u"DefaultAppPool"}}, -1, qm::hr::already_exists},
+        AddCase{"keyInAnotherCase", {{u"name", u"defaultapppool"}}, -1, qm::hr::already_exists},
+        AddCase{"requiredKeyMissing", {{u"queueLength", u"10"}}, -1, qm::hr::file_not_found}),
+    [](const ::testing::TestParamInfo<AddCase>& item) { return item.param.name; });
+
+TEST(Collections, IndexesAndNamesOutsideTheCollectionAreInvalid) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    auto pools = CollectionOf(*manager, kPools, kAppHost);
+    std::shared_ptr<ConfigElement> element;
+    EXPECT_EQ(pools->Item(1, element), qm::hr::invalid_index);
+    EXPECT_EQ(pools->CreateNewElement(u"site", element), qm::hr::invalid_index);
+    EXPECT_EQ(pools->CreateNewElement(u"remove", element), qm::hr::invalid_index);
+    ASSERT_EQ(pools->Item(0, element), 0);
+    std::shared_ptr<platform::ConfigProperty> property;
+    EXPECT_EQ(element->GetPropertyByName(u"colour", property), qm::hr::invalid_index);
+    std::shared_ptr<ConfigElement> child;
+    EXPECT_EQ(element->GetElementByName(u"nothing", child), qm::hr::invalid_index);
+    std::shared_ptr<ElementCollection> none;
+    EXPECT_EQ(element->GetCollection(none), qm::hr::invalid_index);
+    std::u16string name;
+    ASSERT_EQ(element->GetName(name), 0);
+    EXPECT_EQ(name, u"add");
+}
+
+TEST(Collections, SitesNestedCollectionsAndDefaults) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    auto sites = CollectionOf(*manager, kSites, kAppHost);
+    std::shared_ptr<ConfigElement> site;
+    ASSERT_EQ(sites->Item(0, site), 0);
+    EXPECT_EQ(Text(*site, u"serverAutoStart"), u"true");
+    std::shared_ptr<ElementCollection> applications;
+    ASSERT_EQ(site->GetCollection(applications), 0);
+    EXPECT_EQ(Values(*applications, u"path"), (std::vector<std::u16string>{u"/", u"/shop"}));
+    // applicationDefaults of the sites section gives the root application its pool.
+    EXPECT_EQ(Values(*applications, u"applicationPool"),
+              (std::vector<std::u16string>{u"DefaultAppPool", u"DefaultAppPool"}));
+    std::shared_ptr<ConfigElement> shop;
+    ASSERT_EQ(applications->Item(1, shop), 0);
+    ASSERT_EQ(applications->DeleteElement(1), 0);
+    EXPECT_EQ(Text(*shop, u"path"), u"<error>");
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(
+        machine.ReadAppHost(),
+        Replaced(testing::TestAppHostConfig(),
+                 "                <application path=\"/shop\" applicationPool=\"DefaultAppPool\">"
+                 "\r\n                    <virtualDirectory path=\"/\" "
+                 "physicalPath=\"C:\\inetpub\\shop\" />\r\n"
+                 "                </application>\r\n",
+                 ""));
+}
+
+TEST(Locations, AreCountedReadAndDeletedByIndex) {
+    std::string appHost = testing::TestAppHostConfig();
+    appHost.insert(appHost.rfind("</configuration>"),
+                   "    <location path=\"Default Web Site\">\r\n    </location>\r\n"
+                   "    <location path=\"Default Web Site/shop\" />\r\n");
+    IisConfigMachine machine(appHost);
+    auto manager = machine.NewManager();
+    std::shared_ptr<platform::ConfigManager> configManager;
+    ASSERT_EQ(manager->GetConfigManager(configManager), 0);
+    std::shared_ptr<platform::ConfigFile> file;
+    EXPECT_EQ(configManager->GetConfigFile(kSite, file), qm::hr::invalid_arg);
+    ASSERT_EQ(configManager->GetConfigFile(kAppHost, file), 0);
+    std::shared_ptr<platform::ConfigLocations> locations;
+    ASSERT_EQ(file->GetLocations(locations), 0);
+    uint32_t count = 0;
+    ASSERT_EQ(locations->Count(count), 0);
+    EXPECT_EQ(count, 2u);
+    std::shared_ptr<platform::ConfigLocation> location;
+    ASSERT_EQ(locations->Item(1, location), 0);
+    std::u16string path;
+    ASSERT_EQ(location->GetPath(path), 0);
+    EXPECT_EQ(path, u"Default Web Site/shop");
+    EXPECT_EQ(locations->Item(2, location), qm::hr::invalid_index);
+    EXPECT_EQ(locations->DeleteLocation(2), qm::hr::invalid_index);
+    ASSERT_EQ(locations->DeleteLocation(0), 0);
+    ASSERT_EQ(locations->Count(count), 0);
+    EXPECT_EQ(count, 1u);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(
+        machine.ReadAppHost(),
+        Replaced(appHost, "    <location path=\"Default Web Site\">\r\n    </location>\r\n", ""));
+}
+
+}  // namespace
+}  // namespace webrig::sim::iis7
