@@ -114,6 +114,9 @@ IisConfigMachine::IisConfigMachine(const std::string& appHostText)
     machine.schema = &IisTestSchema();
     machine.encryption = [this]() -> const sim::iis7::ConfigEncryption& { return m_encryption; };
     machine.cache = &m_cache;
+    machine.writer = [this](const std::filesystem::path& path, std::span<const std::byte> bytes) {
+        return !m_failWrites && sim::WriteFileAtomically(path, bytes);
+    };
     m_configuration = std::make_unique<sim::iis7::SimIisConfiguration>(std::move(machine));
 }
 

@@ -39,12 +39,15 @@ class IisConfigMachine {
     sim::iis7::ConfigFileCache& cache() noexcept { return m_cache; }
     const sim::iis7::ConfigEncryption& encryption() const noexcept { return m_encryption; }
     sim::iis7::SimIisConfiguration& configuration() noexcept { return *m_configuration; }
+    // Makes every file write of a commit fail (a full disk), or work again.
+    void FailWrites(bool fail) noexcept { m_failWrites = fail; }
 
   private:
     TempMachine m_machine;
     sim::iis7::ConfigFileCache m_cache;
     sim::iis7::ConfigEncryption m_encryption;
     std::unique_ptr<sim::iis7::SimIisConfiguration> m_configuration;
+    bool m_failWrites = false;
 };
 
 // Shortcuts over the seam for tests: each returns the HRESULT of the first call that fails.
