@@ -35,7 +35,6 @@ const XmlElement& Configuration(const WorkingFile& file) {
 void DecideWriteRefusal(SectionView& view, const SectionDeclaration& declaration,
                         const std::vector<qm::wstring>& relative, const WorkingFile& appHost) {
     const WorkingFile& file = *view.levels[view.target].file;
-    const std::string where = qm::to_utf8(JoinSegments(file.configPath, 0, file.configPath.size()));
     if (OnlyInAppHost(declaration) && (!file.isAppHost || !relative.empty())) {
         view.writeRefusal = qm::hr::lock_violation;
         view.refusalText =
@@ -47,7 +46,8 @@ void DecideWriteRefusal(SectionView& view, const SectionDeclaration& declaration
                !OverrideAllowed(declaration, Configuration(appHost), file.configPath)) {
         view.writeRefusal = qm::hr::lock_violation;
         view.refusalText =
-            "This configuration section cannot be used at this path (" + where +
+            "This configuration section cannot be used at this path (" +
+            qm::to_utf8(JoinSegments(file.configPath, 0, file.configPath.size())) +
             "). This happens when the section is locked at a parent level: " + declaration.name +
             " has overrideModeDefault=\"Deny\"";
     }
@@ -79,8 +79,9 @@ void CheckReadable(const SectionView& view, const SectionDeclaration& declaratio
 
 }  // namespace
 
-AdminManagerImpl::AdminManagerImpl(ConfigMachine machine)
-    : m_session(std::make_shared<ConfigSession>(std::move(machine))) {}
+AdminManagerImpl::AdminManagerImpl(std::shared_ptr<const ConfigMachine> machine,
+                                   std::shared_ptr<AppHostLocation> appHostLocation)
+    : m_session(std::make_shared<ConfigSession>(std::move(machine), std::move(appHostLocation))) {}
 
 qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::wstring_view path,
                                               std::shared_ptr<platform::ConfigElement>& section) {
@@ -98,7 +99,7 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
         }
         WorkingFile& appHost = m_session->AppHost();
         const std::string name = qm::to_utf8(sectionName);
-        const SectionDeclaration* declaration = appHost.declarations.FindSection(name);
+        const SectionDeclaration* declaration = appHost.declarations->FindSection(name);
         if (!declaration) {
             declaration = FrameworkSection(name);
         }

@@ -10,7 +10,8 @@ namespace webrig::sim::iis7 {
 
 class AdminManagerImpl final : public platform::AdminManager {
   public:
-    explicit AdminManagerImpl(ConfigMachine machine);
+    AdminManagerImpl(std::shared_ptr<const ConfigMachine> machine,
+                     std::shared_ptr<AppHostLocation> appHostLocation);
 
     qm::hresult GetAdminSection(qm::wstring_view sectionName, qm::wstring_view path,
                                 std::shared_ptr<platform::ConfigElement>& section) override;

@@ -52,9 +52,9 @@ qm::hresult ConfigSession::Commit() {
         m_pending = false;
         return qm::hr::ok;
     }
-    MachineLock lock(m_machine.lockFile);
+    MachineLock lock(m_machine->lockFile);
     if (!lock.held()) {
-        m_errorText = "the machine's lock file cannot be locked: " + m_machine.lockFile.string();
+        m_errorText = "the machine's lock file cannot be locked: " + m_machine->lockFile.string();
         return qm::hr::sharing_violation;
     }
     for (const PendingWrite& write : writes) {
@@ -72,15 +72,16 @@ qm::hresult ConfigSession::Commit() {
     }
     for (PendingWrite& write : writes) {
         WorkingFile& file = *write.file;
-        if (!m_machine.writer(file.hostPath,
-                              std::as_bytes(std::span(write.bytes.data(), write.bytes.size())))) {
+        if (!m_machine->writer(file.hostPath,
+                               std::as_bytes(std::span(write.bytes.data(), write.bytes.size())))) {
             m_errorText = file.displayName + ": the file cannot be written";
             return qm::hresult_from_win32(qm::win32::write_fault);
         }
         auto document = std::make_shared<const XmlDocument>(file.document);
-        file.loaded = LoadedFile{IdentifyFile(file.hostPath), write.hash, document};
+        file.loaded = LoadedFile{IdentifyFile(file.hostPath), write.hash, document,
+                                 file.isAppHost ? file.declarations : nullptr};
         file.readRoot = file.document.root;
-        m_machine.cache->Store(file.hostPath, file.loaded);
+        m_machine->cache->Store(file.hostPath, file.loaded);
     }
     m_pending = false;
     return qm::hr::ok;

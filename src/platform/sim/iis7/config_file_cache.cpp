@@ -56,7 +56,7 @@ LoadedFile ConfigFileCache::Load(const std::filesystem::path& path,
         }
     }
     if (!identity.exists) {
-        return LoadedFile{identity, 0, nullptr};
+        return LoadedFile{identity, 0, nullptr, nullptr};
     }
     std::optional<std::string> bytes = ReadBytes(path);
     if (!bytes) {
@@ -86,7 +86,7 @@ LoadedFile ConfigFileCache::Load(const std::filesystem::path& path,
         throw ConfigFileError(displayName, root ? root->line : 1,
                               "the root element must be <configuration>");
     }
-    LoadedFile loaded{readIdentity, hash, std::move(document)};
+    LoadedFile loaded{readIdentity, hash, std::move(document), nullptr};
     std::lock_guard lock(m_mutex);
     ++m_parses;
     m_files[key] = loaded;
@@ -96,6 +96,16 @@ LoadedFile ConfigFileCache::Load(const std::filesystem::path& path,
 void ConfigFileCache::Store(const std::filesystem::path& path, LoadedFile file) {
     std::lock_guard lock(m_mutex);
     m_files[path.string()] = std::move(file);
+}
+
+void ConfigFileCache::StoreDeclarations(const std::filesystem::path& path,
+                                        const FileIdentity& identity,
+                                        std::shared_ptr<const SectionDeclarations> declarations) {
+    std::lock_guard lock(m_mutex);
+    const auto found = m_files.find(path.string());
+    if (found != m_files.end() && found->second.identity == identity) {
+        found->second.declarations = std::move(declarations);
+    }
 }
 
 uint64_t ConfigFileCache::parseCount() const {

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/sim/iis7/section_declarations.h"
 #include "platform/sim/iis7/xml_tree.h"
 
 namespace webrig::sim::iis7 {
@@ -36,6 +37,8 @@ struct LoadedFile {
     FileIdentity identity;
     size_t contentHash = 0;
     std::shared_ptr<const XmlDocument> document;  // null when the file does not exist
+    // Once the file was found valid: its own <configSections>, so it is not checked again.
+    std::shared_ptr<const SectionDeclarations> declarations;
 };
 
 class ConfigFileCache {
@@ -45,6 +48,9 @@ class ConfigFileCache {
     LoadedFile Load(const std::filesystem::path& path, const std::string& displayName);
     // After a commit: the document now on disk.
     void Store(const std::filesystem::path& path, LoadedFile file);
+    // Remembers that the file, as `identity` says, was found valid with these declarations.
+    void StoreDeclarations(const std::filesystem::path& path, const FileIdentity& identity,
+                           std::shared_ptr<const SectionDeclarations> declarations);
     // Reads the bytes of a file; nullopt when it cannot be read.
     static std::optional<std::string> ReadBytes(const std::filesystem::path& path);
 

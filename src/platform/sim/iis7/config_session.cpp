@@ -74,8 +74,21 @@ bool SameSegments(const std::vector<qm::wstring>& a, const std::vector<qm::wstri
     return a.size() == b.size() && IsPathPrefix(a, b);
 }
 
-ConfigSession::ConfigSession(ConfigMachine machine)
-    : m_machine(std::move(machine)), m_commitPath(kAppHostPath) {}
+std::filesystem::path AppHostLocation::Get() const {
+    std::lock_guard lock(m_mutex);
+    return m_path;
+}
+
+void AppHostLocation::Set(std::filesystem::path path) {
+    std::lock_guard lock(m_mutex);
+    m_path = std::move(path);
+}
+
+ConfigSession::ConfigSession(std::shared_ptr<const ConfigMachine> machine,
+                             std::shared_ptr<AppHostLocation> appHostLocation)
+    : m_machine(std::move(machine)),
+      m_appHostLocation(std::move(appHostLocation)),
+      m_commitPath(kAppHostPath) {}
 
 qm::hresult ConfigSession::PutCommitPath(qm::wstring_view path) {
     if (m_pending) {
@@ -106,7 +119,7 @@ WorkingFile& ConfigSession::Load(const std::filesystem::path& hostPath, std::str
     file->isAppHost = isAppHost;
     file->configPath = std::move(configPath);
     try {
-        file->loaded = m_machine.cache->Load(hostPath, file->displayName);
+        file->loaded = m_machine->cache->Load(hostPath, file->displayName);
     } catch (const ConfigFileError& error) {
         Fail(qm::hr::invalid_data, error.what());
     }
@@ -118,10 +131,21 @@ WorkingFile& ConfigSession::Load(const std::filesystem::path& hostPath, std::str
         file->document = ReadXml(std::make_shared<const std::string>(kNewWebConfig));
     }
     file->readRoot = file->document.root;
-    try {
-        Validate(*file);
-    } catch (const ConfigFileError& error) {
-        Fail(qm::hr::invalid_data, error.what());
+    if (file->loaded.declarations) {
+        file->declarations = file->loaded.declarations;
+    } else {
+        try {
+            Validate(*file);
+        } catch (const ConfigFileError& error) {
+            Fail(qm::hr::invalid_data, error.what());
+        }
+        // Whether a web.config is valid depends on applicationHost.config too: only the main
+        // file is remembered as checked.
+        if (isAppHost && file->loaded.document) {
+            m_machine->cache->StoreDeclarations(hostPath, file->loaded.identity,
+                                                file->declarations);
+            file->loaded.declarations = file->declarations;
+        }
     }
     WorkingFile& loaded = *file;
     m_files.emplace(key, std::move(file));
@@ -132,6 +156,8 @@ WorkingFile& ConfigSession::Load(const std::filesystem::path& hostPath, std::str
 // section group; IIS refuses files with anything else.
 void ConfigSession::Validate(WorkingFile& file) const {
     const XmlElement& configuration = *file.document.DocumentElement();
+    auto own = std::make_shared<SectionDeclarations>();
+    file.declarations = own;
     bool first = true;
     for (const XmlChild& child : configuration.children) {
         if (!child.element) {
@@ -142,19 +168,19 @@ void ConfigSession::Validate(WorkingFile& file) const {
                 throw ConfigFileError(file.displayName, child.element->line,
                                       "<configSections> must be the first element");
             }
-            file.declarations.AddFrom(*child.element, file.displayName);
+            own->AddFrom(*child.element, file.displayName);
         }
         first = false;
     }
-    const SectionDeclarations* appHost = file.isAppHost ? nullptr : &m_appHost->declarations;
+    const SectionDeclarations* appHost = file.isAppHost ? nullptr : m_appHost->declarations.get();
     const auto known = [&](const std::string& name, bool& isGroup) {
         isGroup = false;
-        if (file.declarations.FindSection(name) || (appHost && appHost->FindSection(name)) ||
+        if (own->FindSection(name) || (appHost && appHost->FindSection(name)) ||
             FrameworkSection(name)) {
             return true;
         }
-        isGroup = file.declarations.IsGroup(name) || (appHost && appHost->IsGroup(name)) ||
-                  IsFrameworkTopLevel(name);
+        isGroup =
+            own->IsGroup(name) || (appHost && appHost->IsGroup(name)) || IsFrameworkTopLevel(name);
         return isGroup;
     };
     const std::function<void(const XmlElement&, const std::string&)> check =
@@ -205,12 +231,18 @@ WorkingFile& ConfigSession::AppHost() {
         return *m_appHost;
     }
     const qm::wstring windowsPath =
-        m_machine.config.windowsDirectory + u"\\System32\\inetsrv\\config\\applicationHost.config";
-    const ResolvedPath resolved = ResolveWindowsPath(m_machine.driveRoot, windowsPath);
-    if (resolved.error != 0) {
-        Fail(qm::hr::file_not_found, qm::to_utf8(windowsPath) + ": the file does not exist");
+        m_machine->config.windowsDirectory + u"\\System32\\inetsrv\\config\\applicationHost.config";
+    std::filesystem::path hostPath = m_appHostLocation->Get();
+    // The remembered place holds no file (any more): look the path up on the drive.
+    if (hostPath.empty() || !IdentifyFile(hostPath).exists) {
+        const ResolvedPath resolved = ResolveWindowsPath(m_machine->driveRoot, windowsPath);
+        if (resolved.error != 0) {
+            Fail(qm::hr::file_not_found, qm::to_utf8(windowsPath) + ": the file does not exist");
+        }
+        hostPath = resolved.hostPath;
+        m_appHostLocation->Set(hostPath);
     }
-    m_appHost = &Load(resolved.hostPath, qm::to_utf8(windowsPath), true, {});
+    m_appHost = &Load(hostPath, qm::to_utf8(windowsPath), true, {});
     return *m_appHost;
 }
 
@@ -220,15 +252,15 @@ WorkingFile& ConfigSession::WebConfig(const std::vector<qm::wstring>& path) {
     }
     WorkingFile& appHost = AppHost();
     const qm::wstring folder =
-        PhysicalFolder(*appHost.document.DocumentElement(), path, m_machine.config);
-    const ResolvedPath resolvedFolder = ResolveWindowsPath(m_machine.driveRoot, folder);
+        PhysicalFolder(*appHost.document.DocumentElement(), path, m_machine->config);
+    const ResolvedPath resolvedFolder = ResolveWindowsPath(m_machine->driveRoot, folder);
     if (resolvedFolder.error != 0 || !resolvedFolder.isDirectory) {
         Fail(qm::hr::path_not_found, qm::to_utf8(folder) + ": the folder of " +
                                          qm::to_utf8(JoinSegments(path, 0, path.size())) +
                                          " does not exist");
     }
     const qm::wstring windowsPath = folder + (folder.back() == u'\\' ? u"" : u"\\") + u"web.config";
-    const ResolvedPath resolvedFile = ResolveWindowsPath(m_machine.driveRoot, windowsPath);
+    const ResolvedPath resolvedFile = ResolveWindowsPath(m_machine->driveRoot, windowsPath);
     if (resolvedFile.error == 0 && resolvedFile.isDirectory) {
         Fail(qm::hr::path_not_found, qm::to_utf8(windowsPath) + " is a folder");
     }

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +37,18 @@ struct ConfigMachine {
     FileWriter writer = WriteFileAtomically;
 };
 
+// Where applicationHost.config was found on the drive, so that fresh managers need not look
+// it up folder by folder again.
+class AppHostLocation {
+  public:
+    std::filesystem::path Get() const;
+    void Set(std::filesystem::path path);
+
+  private:
+    mutable std::mutex m_mutex;
+    std::filesystem::path m_path;
+};
+
 // A step of the way from a document's root to an element: the element's id and the index where
 // it was last found among its parent's children.
 struct PathStep {
@@ -53,7 +66,7 @@ struct WorkingFile {
     LoadedFile loaded;                    // as read from disk (no document when missing)
     XmlElementPtr readRoot;               // the root as read (a new file's template)
     XmlDocument document;                 // with this manager's changes
-    SectionDeclarations declarations;     // the file's own <configSections>
+    std::shared_ptr<const SectionDeclarations> declarations;  // its own <configSections>
 
     bool Changed() const { return document.root != readRoot; }
 };
@@ -72,9 +85,10 @@ struct FoundElement {
 
 class ConfigSession {
   public:
-    explicit ConfigSession(ConfigMachine machine);
+    ConfigSession(std::shared_ptr<const ConfigMachine> machine,
+                  std::shared_ptr<AppHostLocation> appHostLocation);
 
-    const ConfigMachine& machine() const noexcept { return m_machine; }
+    const ConfigMachine& machine() const noexcept { return *m_machine; }
 
     const qm::wstring& commitPath() const noexcept { return m_commitPath; }
     const std::vector<qm::wstring>& commitSegments() const noexcept { return m_commitSegments; }
@@ -130,7 +144,8 @@ class ConfigSession {
                       bool isAppHost, std::vector<qm::wstring> configPath);
     void Validate(WorkingFile& file) const;
 
-    ConfigMachine m_machine;
+    std::shared_ptr<const ConfigMachine> m_machine;
+    std::shared_ptr<AppHostLocation> m_appHostLocation;
     qm::wstring m_commitPath;
     std::vector<qm::wstring> m_commitSegments;
     bool m_pending = false;

@@ -4,10 +4,11 @@
 
 namespace webrig::sim::iis7 {
 
-SimIisConfiguration::SimIisConfiguration(ConfigMachine machine) : m_machine(std::move(machine)) {
-    if (!m_machine.cache) {
-        m_machine.cache = &SharedCache();
+SimIisConfiguration::SimIisConfiguration(ConfigMachine machine) {
+    if (!machine.cache) {
+        machine.cache = &SharedCache();
     }
+    m_machine = std::make_shared<const ConfigMachine>(std::move(machine));
 }
 
 ConfigFileCache& SimIisConfiguration::SharedCache() {
@@ -18,10 +19,10 @@ ConfigFileCache& SimIisConfiguration::SharedCache() {
 qm::hresult SimIisConfiguration::CreateAdminManager(
     std::unique_ptr<platform::AdminManager>& manager) {
     manager.reset();
-    if (m_machine.config.iisVersion.major < 7) {
+    if (m_machine->config.iisVersion.major < 7) {
         return qm::hr::class_not_registered;
     }
-    manager = std::make_unique<AdminManagerImpl>(m_machine);
+    manager = std::make_unique<AdminManagerImpl>(m_machine, m_appHostLocation);
     return qm::hr::ok;
 }
 

@@ -23,7 +23,8 @@ class SimIisConfiguration final : public platform::IisConfiguration {
     static ConfigFileCache& SharedCache();
 
   private:
-    ConfigMachine m_machine;
+    std::shared_ptr<const ConfigMachine> m_machine;
+    std::shared_ptr<AppHostLocation> m_appHostLocation = std::make_shared<AppHostLocation>();
 };
 
 }  // namespace webrig::sim::iis7
