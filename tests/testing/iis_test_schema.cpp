@@ -86,7 +86,10 @@ ElementSchema WithCollection(ElementSchema element, ElementSchema entry, std::u1
 }
 
 SectionSchema Section(std::u16string name, ElementSchema root) {
-    return SectionSchema{std::move(name), std::move(root)};
+    SectionSchema section;
+    section.name = std::move(name);
+    section.root = std::move(root);
+    return section;
 }
 
 const std::vector<NamedValue> kLogonMethods = {
@@ -117,9 +120,10 @@ std::vector<SectionSchema> Sections() {
     ElementSchema siteDefaults = Element(u"siteDefaults", {Bool(u"serverAutoStart", true)});
     ElementSchema applicationDefaults = Element(
         u"applicationDefaults", {Text(u"applicationPool"), Text(u"enabledProtocols", u"http")});
-    sections.push_back(Section(
-        u"system.applicationHost/sites",
-        WithCollection(Element(u"sites", {}, {siteDefaults, applicationDefaults}), site, {}, {})));
+    ElementSchema sitesRoot =
+        WithCollection(Element(u"sites", {}, {siteDefaults, applicationDefaults}), site, {}, {});
+    sitesRoot.collection->defaultElement = u"siteDefaults";
+    sections.push_back(Section(u"system.applicationHost/sites", std::move(sitesRoot)));
 
     ElementSchema processModel =
         Element(u"processModel",
@@ -156,9 +160,10 @@ std::vector<SectionSchema> Sections() {
         Element(u"applicationPoolDefaults", poolAttributes, {processModel, recycling});
     poolDefaults.attributes[0].required = false;
     poolDefaults.attributes[0].isUniqueKey = false;
-    sections.push_back(
-        Section(u"system.applicationHost/applicationPools",
-                WithCollection(Element(u"applicationPools", {}, {poolDefaults}), pool, {}, {})));
+    ElementSchema poolsRoot =
+        WithCollection(Element(u"applicationPools", {}, {poolDefaults}), pool, {}, {});
+    poolsRoot.collection->defaultElement = u"applicationPoolDefaults";
+    sections.push_back(Section(u"system.applicationHost/applicationPools", std::move(poolsRoot)));
 
     ElementSchema property = Element(u"property", {[] {
                                                        AttributeSchema id = Number(u"id", u"");

@@ -22,6 +22,21 @@ std::vector<std::string> SplitSectionName(const std::string& name) {
     }
 }
 
+SectionDeclaration MachineConfigSection(const std::string& name,
+                                        const MachineConfigDeclaration& declared) {
+    SectionDeclaration declaration;
+    declaration.name = name;
+    declaration.overrideAllowed = declared.overrideModeDefault != u"Deny";
+    if (declared.allowDefinition == u"AppHostOnly") {
+        declaration.allowDefinition = AllowDefinition::appHostOnly;
+    } else if (declared.allowDefinition == u"MachineOnly") {
+        declaration.allowDefinition = AllowDefinition::machineOnly;
+    } else if (declared.allowDefinition == u"MachineToApplication") {
+        declaration.allowDefinition = AllowDefinition::machineToApplication;
+    }
+    return declaration;
+}
+
 bool OnlyInAppHost(const SectionDeclaration& declaration) {
     return declaration.allowDefinition == AllowDefinition::appHostOnly ||
            declaration.allowDefinition == AllowDefinition::machineOnly;
@@ -99,11 +114,17 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
         }
         WorkingFile& appHost = m_session->AppHost();
         const std::string name = qm::to_utf8(sectionName);
+        const SectionSchema* schema = m_session->machine().schema->FindSection(sectionName);
         const SectionDeclaration* declaration = appHost.declarations->FindSection(name);
+        SectionDeclaration machineConfig;
+        if (!declaration && schema && schema->machineConfigDeclaration) {
+            // Declared by .NET's machine.config on Windows; the schema carries the declaration.
+            machineConfig = MachineConfigSection(name, *schema->machineConfigDeclaration);
+            declaration = &machineConfig;
+        }
         if (!declaration) {
             declaration = FrameworkSection(name);
         }
-        const SectionSchema* schema = m_session->machine().schema->FindSection(sectionName);
         if (!declaration || !schema) {
             Fail(qm::hr::not_supported,
                  "the configuration section " + name + " cannot be read because it is missing " +

@@ -238,7 +238,11 @@ std::optional<std::string> ConfigElementImpl::DefaultsText(const std::string& at
         above.insert(above.end(), chain.rbegin(), chain.rend());
         anchor = anchor->parent.get();
     }
+    // The schema names the defaults element next to the collection; further up (the sites
+    // section's applicationDefaults for a site's applications) it is named after the entry.
     const std::string ownName = entry->name + "Defaults";
+    const std::string schemaName =
+        m_anchor->collection ? qm::to_utf8(m_anchor->collection->defaultElement) : std::string();
     for (size_t i = 0; i < above.size(); ++i) {
         if (!above[i]) {
             continue;
@@ -249,10 +253,7 @@ std::optional<std::string> ConfigElementImpl::DefaultsText(const std::string& at
                 continue;
             }
             const std::string& name = candidate->name;
-            const bool matches =
-                name == ownName || (i == 0 && entry->name == "add" && name.size() > 8 &&
-                                    name.compare(name.size() - 8, 8, "Defaults") == 0);
-            if (!matches) {
+            if (name != ownName && (i != 0 || schemaName.empty() || name != schemaName)) {
                 continue;
             }
             const FoundElement defaults = DescendByNames({candidate, {}}, m_names);
