@@ -86,12 +86,10 @@ Machine::Machine(std::filesystem::path folder, MachineConfig config, RegFile loc
       m_files(DriveCPath(m_folder)),
       m_services(std::move(services), ServicesJsonPath(m_folder), m_clock),
       m_comClasses(m_config),
-      m_iisConfiguration(iis7::ConfigMachine{DriveCPath(m_folder), MachineLockPath(m_folder),
-                                             m_config, &iis7::Schema::BuiltIn(),
-                                             [this]() -> const iis7::ConfigEncryption& {
-                                                 return ConfigurationEncryption();
-                                             },
-                                             nullptr, WriteFileAtomically}) {}
+      m_iisConfiguration(iis7::ConfigMachine{
+          DriveCPath(m_folder), MachineLockPath(m_folder), m_config, &iis7::Schema::BuiltIn(),
+          [this]() -> const iis7::ConfigEncryption& { return ConfigurationEncryption(); }, nullptr,
+          WriteFileAtomically}) {}
 
 const iis7::ConfigEncryption& Machine::ConfigurationEncryption() {
     if (!m_encryption) {
