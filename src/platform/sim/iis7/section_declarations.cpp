@@ -94,13 +94,6 @@ bool IsFrameworkTopLevel(std::string_view name) {
 }
 
 const SectionDeclaration* FrameworkSection(std::string_view name) {
-    // Authentication modes belong to applications: machine.config allows them down to
-    // application roots.
-    static const SectionDeclaration authentication{"system.web/authentication", true,
-                                                   AllowDefinition::machineToApplication, true};
-    if (name == authentication.name) {
-        return &authentication;
-    }
     const size_t slash = name.find('/');
     if (slash == std::string_view::npos || !IsFrameworkTopLevel(name.substr(0, slash))) {
         return nullptr;

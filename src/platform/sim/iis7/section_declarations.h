@@ -37,9 +37,10 @@ class SectionDeclarations {
     std::map<std::string, bool, std::less<>> m_groups;
 };
 
-// Sections the .NET Framework's machine.config declares (system.web and the other framework
-// groups), which web.config files may hold without declaring them. nullptr when `name` is not
-// among them; a framework group's unnamed sections are declared with the defaults.
+// Sections of the groups the .NET Framework's machine.config declares (system.web, appSettings,
+// ...), which web.config files may hold without declaring them, with the default declaration;
+// nullptr for other names. Where the schema describes such a section it also carries its real
+// declaration (system.web/authentication).
 const SectionDeclaration* FrameworkSection(std::string_view name);
 // True for a top-level element the framework owns ("system.web", "appSettings", ...).
 bool IsFrameworkTopLevel(std::string_view name);

@@ -326,3 +326,30 @@ TEST(SectionWrite, PasswordsAreStoredEncryptedAndReadBackInClear) {
 
 }  // namespace
 }  // namespace webrig::sim::iis7
+
+namespace webrig::sim::iis7 {
+namespace {
+
+// system.web sections are declared by .NET's machine.config, not by applicationHost.config.
+TEST(SectionWrite, FrameworkSectionsGoIntoTheWebConfig) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    ASSERT_EQ(manager->PutCommitPath(kShop), 0);
+    ASSERT_EQ(testing::PutAttribute(*manager, u"system.web/authentication", kShop, u"mode",
+                                    Variant{u"forms"}),
+              0);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(machine.ReadAppHost(), testing::TestAppHostConfig());
+    EXPECT_EQ(IisConfigMachine::ReadText(machine.DrivePath("inetpub/shop/web.config")),
+              WithCrLf("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<configuration>\n"
+                       "    <system.web>\n        <authentication mode=\"Forms\" />\n"
+                       "    </system.web>\n</configuration>\n"));
+    std::u16string mode;
+    ASSERT_EQ(testing::ReadAttribute(*machine.NewManager(), u"system.web/authentication", kShop,
+                                     u"mode", mode),
+              0);
+    EXPECT_EQ(mode, u"Forms");
+}
+
+}  // namespace
+}  // namespace webrig::sim::iis7
