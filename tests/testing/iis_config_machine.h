@@ -15,6 +15,10 @@
 
 namespace webrig::testing {
 
+// The configuration paths the tests edit: the main file and the stock site.
+inline constexpr std::u16string_view kAppHostPath = u"MACHINE/WEBROOT/APPHOST";
+inline constexpr std::u16string_view kDefaultSitePath = u"MACHINE/WEBROOT/APPHOST/Default Web Site";
+
 // The applicationHost.config the tests start from (CRLF line ends, as IIS writes them).
 std::string TestAppHostConfig();
 // "\n" to "\r\n".

@@ -13,8 +13,8 @@ using platform::ElementCollection;
 using platform::Variant;
 using testing::IisConfigMachine;
 
-constexpr std::u16string_view kAppHost = u"MACHINE/WEBROOT/APPHOST";
-constexpr std::u16string_view kSite = u"MACHINE/WEBROOT/APPHOST/Default Web Site";
+constexpr std::u16string_view kAppHost = testing::kAppHostPath;
+constexpr std::u16string_view kSite = testing::kDefaultSitePath;
 constexpr std::u16string_view kSites = u"system.applicationHost/sites";
 constexpr std::u16string_view kPools = u"system.applicationHost/applicationPools";
 

@@ -10,8 +10,8 @@ namespace {
 using platform::Variant;
 using testing::IisConfigMachine;
 
-constexpr std::u16string_view kAppHost = u"MACHINE/WEBROOT/APPHOST";
-constexpr std::u16string_view kSite = u"MACHINE/WEBROOT/APPHOST/Default Web Site";
+constexpr std::u16string_view kAppHost = testing::kAppHostPath;
+constexpr std::u16string_view kSite = testing::kDefaultSitePath;
 constexpr std::u16string_view kDirectoryBrowse = u"system.webServer/directoryBrowse";
 
 TEST(ConfigPaths, AFreshManagerStartsAtTheMainFileWithNothingPending) {

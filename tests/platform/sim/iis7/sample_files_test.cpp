@@ -15,7 +15,7 @@ namespace {
 using platform::Variant;
 using testing::IisConfigMachine;
 
-constexpr std::u16string_view kAppHost = u"MACHINE/WEBROOT/APPHOST";
+constexpr std::u16string_view kAppHost = testing::kAppHostPath;
 
 struct Sample {
     const char* file;

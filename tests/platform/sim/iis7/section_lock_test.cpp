@@ -11,8 +11,8 @@ namespace {
 using platform::Variant;
 using testing::IisConfigMachine;
 
-constexpr std::u16string_view kAppHost = u"MACHINE/WEBROOT/APPHOST";
-constexpr std::u16string_view kSite = u"MACHINE/WEBROOT/APPHOST/Default Web Site";
+constexpr std::u16string_view kAppHost = testing::kAppHostPath;
+constexpr std::u16string_view kSite = testing::kDefaultSitePath;
 constexpr std::u16string_view kHandlers = u"system.webServer/handlers";
 constexpr std::u16string_view kAnonymous =
     u"system.webServer/security/authentication/anonymousAuthentication";

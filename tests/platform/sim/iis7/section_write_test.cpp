@@ -11,8 +11,8 @@ using platform::Variant;
 using testing::IisConfigMachine;
 using testing::WithCrLf;
 
-constexpr std::u16string_view kAppHost = u"MACHINE/WEBROOT/APPHOST";
-constexpr std::u16string_view kSite = u"MACHINE/WEBROOT/APPHOST/Default Web Site";
+constexpr std::u16string_view kAppHost = testing::kAppHostPath;
+constexpr std::u16string_view kSite = testing::kDefaultSitePath;
 constexpr std::u16string_view kShop = u"MACHINE/WEBROOT/APPHOST/Default Web Site/shop";
 constexpr std::u16string_view kDirectoryBrowse = u"system.webServer/directoryBrowse";
 

@@ -13,8 +13,8 @@ namespace {
 using platform::Variant;
 using testing::IisConfigMachine;
 
-constexpr std::u16string_view kAppHost = u"MACHINE/WEBROOT/APPHOST";
-constexpr std::u16string_view kSite = u"MACHINE/WEBROOT/APPHOST/Default Web Site";
+constexpr std::u16string_view kAppHost = testing::kAppHostPath;
+constexpr std::u16string_view kSite = testing::kDefaultSitePath;
 
 std::filesystem::path StockAppHost(const testing::TempMachine& machine) {
     return DriveCPath(machine.path()) / "Windows" / "System32" / "inetsrv" / "config" /
