@@ -115,6 +115,9 @@ wstring to_upper(wstring_view text) {
 int icompare(wstring_view a, wstring_view b) noexcept {
     const size_t n = std::min(a.size(), b.size());
     for (size_t i = 0; i < n; ++i) {
+        if (a[i] == b[i]) {
+            continue;  // the common case, without folding
+        }
         const char16_t ua = to_upper(a[i]);
         const char16_t ub = to_upper(b[i]);
         if (ua != ub) {

@@ -81,9 +81,20 @@ long decode_one(std::string_view text, size_t& pos) {
 }  // namespace
 
 std::string to_utf8(wstring_view text) {
-    std::string out;
-    out.reserve(text.size());
-    for (size_t i = 0; i < text.size(); ++i) {
+    // Most text is ASCII: that leading run is copied unit by unit, without encoding.
+    size_t ascii = 0;
+    while (ascii < text.size() && text[ascii] < 0x80) {
+        ++ascii;
+    }
+    std::string out(ascii, '\0');
+    for (size_t i = 0; i < ascii; ++i) {
+        out[i] = static_cast<char>(text[i]);
+    }
+    if (ascii == text.size()) {
+        return out;
+    }
+    out.reserve(text.size() + (text.size() - ascii) * 2);
+    for (size_t i = ascii; i < text.size(); ++i) {
         const char16_t c = text[i];
         if (is_high_surrogate(c) && i + 1 < text.size() && is_low_surrogate(text[i + 1])) {
             append_utf8(out, 0x10000 + ((static_cast<char32_t>(c) - 0xD800) << 10) +
@@ -99,9 +110,19 @@ std::string to_utf8(wstring_view text) {
 }
 
 wstring from_utf8(std::string_view text) {
-    wstring out;
+    size_t ascii = 0;
+    while (ascii < text.size() && static_cast<unsigned char>(text[ascii]) < 0x80) {
+        ++ascii;
+    }
+    wstring out(ascii, u'\0');
+    for (size_t i = 0; i < ascii; ++i) {
+        out[i] = static_cast<char16_t>(text[i]);
+    }
+    if (ascii == text.size()) {
+        return out;
+    }
     out.reserve(text.size());
-    size_t pos = 0;
+    size_t pos = ascii;
     while (pos < text.size()) {
         const long cp = decode_one(text, pos);
         if (cp < 0) {

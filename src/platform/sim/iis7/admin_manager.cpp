@@ -9,19 +9,6 @@
 namespace webrig::sim::iis7 {
 namespace {
 
-std::vector<std::string> SplitSectionName(const std::string& name) {
-    std::vector<std::string> names;
-    size_t start = 0;
-    while (true) {
-        const size_t slash = name.find('/', start);
-        names.push_back(name.substr(start, slash == std::string::npos ? slash : slash - start));
-        if (slash == std::string::npos) {
-            return names;
-        }
-        start = slash + 1;
-    }
-}
-
 SectionDeclaration MachineConfigSection(const std::string& name,
                                         const MachineConfigDeclaration& declared) {
     SectionDeclaration declaration;
@@ -77,7 +64,7 @@ void CheckReadable(const SectionView& view, const SectionDeclaration& declaratio
             continue;
         }
         const std::vector<FoundElement> sections =
-            view.session->SectionsAt(level, view.sectionNames);
+            view.session->SectionsAt(level, view.sectionNames());
         if (sections.empty()) {
             continue;
         }
@@ -113,8 +100,10 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
                                           qm::to_utf8(m_session->commitPath()));
         }
         WorkingFile& appHost = m_session->AppHost();
-        const std::string name = qm::to_utf8(sectionName);
         const SectionSchema* schema = m_session->machine().schema->FindSection(sectionName);
+        // The schema keeps the name in UTF-8; an unknown one is converted for the messages.
+        const std::string unknownName = schema ? std::string() : qm::to_utf8(sectionName);
+        const std::string& name = schema ? schema->utf8Name : unknownName;
         const SectionDeclaration* declaration = appHost.declarations->FindSection(name);
         SectionDeclaration machineConfig;
         if (!declaration && schema && schema->machineConfigDeclaration) {
@@ -133,7 +122,6 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
         auto view = std::make_shared<SectionView>();
         view->session = m_session;
         view->schema = schema;
-        view->sectionNames = SplitSectionName(name);
         view->levels = m_session->LevelsFor(*segments);
         WorkingFile& commitFile = m_session->CommitFile();
         const std::vector<qm::wstring> relative(
@@ -161,7 +149,7 @@ qm::hresult AdminManagerImpl::CommitChanges() {
 }
 
 qm::hresult AdminManagerImpl::GetCommitPath(qm::wstring& path) {
-    path = m_session->commitPath();
+    path = qm::wstring(m_session->commitPath());
     return qm::hr::ok;
 }
 

@@ -97,7 +97,7 @@ MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSc
     if (!owner.anchor()) {
         for (size_t level = 0; level < view.levels.size(); ++level) {
             for (const FoundElement& section :
-                 view.session->SectionsAt(view.levels[level], view.sectionNames)) {
+                 view.session->SectionsAt(view.levels[level], view.sectionNames())) {
                 const FoundElement holder = DescendByNames(section, owner.names());
                 if (holder.element) {
                     ApplyLevel(merged, holder, level, collection, *owner.schema());

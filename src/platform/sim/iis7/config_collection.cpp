@@ -128,7 +128,7 @@ void ConfigCollectionImpl::Add(ConfigElementImpl& element, int32_t position) {
     const uint64_t id = node->id;
     if (!m_owner->anchor()) {
         ConfigSession::Writable holder = view.session->EnsureSection(
-            view.levels[view.target], view.sectionNames, m_owner->names());
+            view.levels[view.target], view.sectionNames(), m_owner->names());
         InsertEntry(*holder.element, m_collection, node, ordinal, layout);
         anchor->level = view.target;
         anchor->path = holder.path;
@@ -175,7 +175,7 @@ void ConfigCollectionImpl::Delete(uint32_t index) {
         std::shared_ptr<XmlElement> remove =
             RemoveEntryFor(m_collection, *entry.schema, *entry.element);
         ConfigSession::Writable holder = view.session->EnsureSection(
-            view.levels[view.target], view.sectionNames, m_owner->names());
+            view.levels[view.target], view.sectionNames(), m_owner->names());
         InsertEntry(*holder.element, m_collection, std::move(remove), std::string::npos,
                     view.levels[view.target].file->document.layout);
     }

@@ -34,7 +34,7 @@ bool Unchanged(const WorkingFile& file) {
 
 qm::hresult ConfigSession::Commit() {
     std::vector<PendingWrite> writes;
-    for (auto& [key, file] : m_files) {
+    for (const std::unique_ptr<WorkingFile>& file : m_files) {
         if (!file->Changed()) {
             continue;
         }
@@ -65,7 +65,8 @@ qm::hresult ConfigSession::Commit() {
             return qm::hr::sharing_violation;
         }
         std::error_code error;
-        if (!std::filesystem::is_directory(write.file->hostPath.parent_path(), error)) {
+        if (!std::filesystem::is_directory(
+                std::filesystem::path(write.file->hostPath).parent_path(), error)) {
             m_errorText = write.file->displayName + ": the folder does not exist";
             return qm::hr::path_not_found;
         }

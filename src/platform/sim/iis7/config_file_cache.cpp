@@ -11,10 +11,10 @@
 
 namespace webrig::sim::iis7 {
 
-FileIdentity IdentifyFile(const std::filesystem::path& path) {
+FileIdentity IdentifyFile(const std::string& hostPath) {
     struct stat info {};
     FileIdentity identity;
-    if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (::stat(hostPath.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
         return identity;
     }
     identity.exists = true;
@@ -32,7 +32,7 @@ size_t HashContent(std::string_view bytes) {
     return std::hash<std::string_view>{}(bytes);
 }
 
-std::optional<std::string> ConfigFileCache::ReadBytes(const std::filesystem::path& path) {
+std::optional<std::string> ConfigFileCache::ReadBytes(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
     if (!stream) {
         return std::nullopt;
@@ -44,13 +44,11 @@ std::optional<std::string> ConfigFileCache::ReadBytes(const std::filesystem::pat
     return bytes;
 }
 
-LoadedFile ConfigFileCache::Load(const std::filesystem::path& path,
-                                 const std::string& displayName) {
-    const std::string key = path.string();
+LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& displayName) {
     const FileIdentity identity = IdentifyFile(path);
     {
         std::lock_guard lock(m_mutex);
-        const auto found = m_files.find(key);
+        const auto found = m_files.find(path);
         if (found != m_files.end() && found->second.identity == identity) {
             return found->second;
         }
@@ -67,7 +65,7 @@ LoadedFile ConfigFileCache::Load(const std::filesystem::path& path,
     const size_t hash = HashContent(*bytes);
     {
         std::lock_guard lock(m_mutex);
-        const auto found = m_files.find(key);
+        const auto found = m_files.find(path);
         if (found != m_files.end() && found->second.contentHash == hash &&
             found->second.identity.size == bytes->size()) {
             found->second.identity = readIdentity;
@@ -89,20 +87,19 @@ LoadedFile ConfigFileCache::Load(const std::filesystem::path& path,
     LoadedFile loaded{readIdentity, hash, std::move(document), nullptr};
     std::lock_guard lock(m_mutex);
     ++m_parses;
-    m_files[key] = loaded;
+    m_files[path] = loaded;
     return loaded;
 }
 
-void ConfigFileCache::Store(const std::filesystem::path& path, LoadedFile file) {
+void ConfigFileCache::Store(const std::string& path, LoadedFile file) {
     std::lock_guard lock(m_mutex);
-    m_files[path.string()] = std::move(file);
+    m_files[path] = std::move(file);
 }
 
-void ConfigFileCache::StoreDeclarations(const std::filesystem::path& path,
-                                        const FileIdentity& identity,
+void ConfigFileCache::StoreDeclarations(const std::string& path, const FileIdentity& identity,
                                         std::shared_ptr<const SectionDeclarations> declarations) {
     std::lock_guard lock(m_mutex);
-    const auto found = m_files.find(path.string());
+    const auto found = m_files.find(path);
     if (found != m_files.end() && found->second.identity == identity) {
         found->second.declarations = std::move(declarations);
     }

@@ -29,7 +29,7 @@ struct FileIdentity {
     friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
-FileIdentity IdentifyFile(const std::filesystem::path& path);
+FileIdentity IdentifyFile(const std::string& hostPath);
 
 size_t HashContent(std::string_view bytes);
 
@@ -45,14 +45,15 @@ class ConfigFileCache {
   public:
     // The file as it is on disk now. Throws ConfigFileError (naming `displayName`) when it cannot
     // be read or is not well-formed XML; such files are not cached.
-    LoadedFile Load(const std::filesystem::path& path, const std::string& displayName);
+    // Paths are native host paths.
+    LoadedFile Load(const std::string& path, const std::string& displayName);
     // After a commit: the document now on disk.
-    void Store(const std::filesystem::path& path, LoadedFile file);
+    void Store(const std::string& path, LoadedFile file);
     // Remembers that the file, as `identity` says, was found valid with these declarations.
-    void StoreDeclarations(const std::filesystem::path& path, const FileIdentity& identity,
+    void StoreDeclarations(const std::string& path, const FileIdentity& identity,
                            std::shared_ptr<const SectionDeclarations> declarations);
     // Reads the bytes of a file; nullopt when it cannot be read.
-    static std::optional<std::string> ReadBytes(const std::filesystem::path& path);
+    static std::optional<std::string> ReadBytes(const std::string& path);
 
     // How many times a file was parsed (for tests and benchmarks).
     uint64_t parseCount() const;

@@ -112,8 +112,8 @@ void CopyEntryDown(SectionView& view, Anchor& anchor, const ElementSchema& entry
         Fail(qm::hr::element_not_found, "the element is no longer in the configuration");
     }
     std::shared_ptr<XmlElement> copy = CloneAsNew(*inherited);
-    ConfigSession::Writable holder =
-        view.session->EnsureSection(view.levels[view.target], view.sectionNames, anchor.ownerNames);
+    ConfigSession::Writable holder = view.session->EnsureSection(
+        view.levels[view.target], view.sectionNames(), anchor.ownerNames);
     const XmlLayout& layout = TargetLayout(view);
     if (!anchor.collection->removeElement.empty()) {
         InsertEntry(*holder.element, *anchor.collection,
@@ -145,7 +145,7 @@ qm::hresult ConfigElementImpl::GetName(qm::wstring& name) {
             }
             name = qm::from_utf8(element->name);
         } else {
-            name = qm::from_utf8(m_view->sectionNames.back());
+            name = qm::from_utf8(m_view->sectionNames().back());
         }
     });
 }
@@ -192,7 +192,7 @@ std::vector<FoundElement> ConfigElementImpl::ReadElements() const {
     if (!m_anchor) {
         for (const ConfigLevel& level : m_view->levels) {
             for (const FoundElement& section :
-                 m_view->session->SectionsAt(level, m_view->sectionNames)) {
+                 m_view->session->SectionsAt(level, m_view->sectionNames())) {
                 FoundElement element = DescendByNames(section, m_names);
                 if (element.element) {
                     found.push_back(std::move(element));
@@ -304,7 +304,7 @@ XmlElement& ConfigElementImpl::Writable() {
     const XmlLayout& layout = TargetLayout(*m_view);
     if (!m_anchor) {
         return *m_view->session
-                    ->EnsureSection(m_view->levels[m_view->target], m_view->sectionNames, m_names)
+                    ->EnsureSection(m_view->levels[m_view->target], m_view->sectionNames(), m_names)
                     .element;
     }
     if (AnchorLevel(*m_view, *m_anchor) != m_view->target) {

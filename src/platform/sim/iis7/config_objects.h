@@ -19,9 +19,10 @@ namespace webrig::sim::iis7 {
 struct SectionView {
     std::shared_ptr<ConfigSession> session;
     const SectionSchema* schema = nullptr;
-    std::vector<std::string> sectionNames;  // "system.webServer", "handlers"
-    std::vector<ConfigLevel> levels;        // top down
-    size_t target = 0;                      // the level that receives changes
+    // "system.webServer", "handlers"
+    const std::vector<std::string>& sectionNames() const noexcept { return schema->elementNames; }
+    std::vector<ConfigLevel> levels;  // top down
+    size_t target = 0;                // the level that receives changes
     // lock_violation when the section may not be written at the target level.
     qm::hresult writeRefusal = qm::hr::ok;
     std::string refusalText;

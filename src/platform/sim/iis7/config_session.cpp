@@ -74,21 +74,23 @@ bool SameSegments(const std::vector<qm::wstring>& a, const std::vector<qm::wstri
     return a.size() == b.size() && IsPathPrefix(a, b);
 }
 
-std::filesystem::path AppHostLocation::Get() const {
+std::shared_ptr<const AppHostLocation::Place> AppHostLocation::Get() const {
     std::lock_guard lock(m_mutex);
-    return m_path;
+    return m_place;
 }
 
-void AppHostLocation::Set(std::filesystem::path path) {
+void AppHostLocation::Set(std::shared_ptr<const Place> place) {
     std::lock_guard lock(m_mutex);
-    m_path = std::move(path);
+    m_place = std::move(place);
 }
 
 ConfigSession::ConfigSession(std::shared_ptr<const ConfigMachine> machine,
                              std::shared_ptr<AppHostLocation> appHostLocation)
-    : m_machine(std::move(machine)),
-      m_appHostLocation(std::move(appHostLocation)),
-      m_commitPath(kAppHostPath) {}
+    : m_machine(std::move(machine)), m_appHostLocation(std::move(appHostLocation)) {}
+
+qm::wstring_view ConfigSession::commitPath() const noexcept {
+    return m_commitPath.empty() ? kAppHostPath : qm::wstring_view(m_commitPath);
+}
 
 qm::hresult ConfigSession::PutCommitPath(qm::wstring_view path) {
     if (m_pending) {
@@ -106,23 +108,32 @@ qm::hresult ConfigSession::PutCommitPath(qm::wstring_view path) {
     return qm::hr::ok;
 }
 
-WorkingFile& ConfigSession::Load(const std::filesystem::path& hostPath, std::string displayName,
+WorkingFile& ConfigSession::Load(const std::string& hostPath, std::string displayName,
                                  bool isAppHost, std::vector<qm::wstring> configPath) {
-    const std::string key = hostPath.string();
-    const auto found = m_files.find(key);
-    if (found != m_files.end()) {
-        return *found->second;
+    for (const std::unique_ptr<WorkingFile>& file : m_files) {
+        if (file->hostPath == hostPath) {
+            return *file;
+        }
     }
+    LoadedFile loaded;
+    try {
+        loaded = m_machine->cache->Load(hostPath, displayName);
+    } catch (const ConfigFileError& error) {
+        Fail(qm::hr::invalid_data, error.what());
+    }
+    return Adopt(hostPath, std::move(displayName), isAppHost, std::move(configPath),
+                 std::move(loaded));
+}
+
+WorkingFile& ConfigSession::Adopt(const std::string& hostPath, std::string displayName,
+                                  bool isAppHost, std::vector<qm::wstring> configPath,
+                                  LoadedFile loaded) {
     auto file = std::make_unique<WorkingFile>();
     file->hostPath = hostPath;
     file->displayName = std::move(displayName);
     file->isAppHost = isAppHost;
     file->configPath = std::move(configPath);
-    try {
-        file->loaded = m_machine->cache->Load(hostPath, file->displayName);
-    } catch (const ConfigFileError& error) {
-        Fail(qm::hr::invalid_data, error.what());
-    }
+    file->loaded = std::move(loaded);
     if (file->loaded.document) {
         file->document = *file->loaded.document;
     } else if (isAppHost) {
@@ -147,9 +158,9 @@ WorkingFile& ConfigSession::Load(const std::filesystem::path& hostPath, std::str
             file->loaded.declarations = file->declarations;
         }
     }
-    WorkingFile& loaded = *file;
-    m_files.emplace(key, std::move(file));
-    return loaded;
+    WorkingFile& adopted = *file;
+    m_files.push_back(std::move(file));
+    return adopted;
 }
 
 // Every element outside <configSections> must be a declared section or lie inside a declared
@@ -226,23 +237,43 @@ void ConfigSession::Validate(WorkingFile& file) const {
     }
 }
 
+std::shared_ptr<const AppHostLocation::Place> ConfigSession::LocateAppHost() const {
+    const qm::wstring windowsPath =
+        m_machine->config.windowsDirectory + u"\\System32\\inetsrv\\config\\applicationHost.config";
+    const std::string displayName = qm::to_utf8(windowsPath);
+    const ResolvedPath resolved = ResolveWindowsPath(m_machine->driveRoot, windowsPath);
+    if (resolved.error != 0) {
+        Fail(qm::hr::file_not_found, displayName + ": the file does not exist");
+    }
+    return std::make_shared<const AppHostLocation::Place>(
+        AppHostLocation::Place{resolved.hostPath.native(), displayName});
+}
+
 WorkingFile& ConfigSession::AppHost() {
     if (m_appHost) {
         return *m_appHost;
     }
-    const qm::wstring windowsPath =
-        m_machine->config.windowsDirectory + u"\\System32\\inetsrv\\config\\applicationHost.config";
-    std::filesystem::path hostPath = m_appHostLocation->Get();
-    // The remembered place holds no file (any more): look the path up on the drive.
-    if (hostPath.empty() || !IdentifyFile(hostPath).exists) {
-        const ResolvedPath resolved = ResolveWindowsPath(m_machine->driveRoot, windowsPath);
-        if (resolved.error != 0) {
-            Fail(qm::hr::file_not_found, qm::to_utf8(windowsPath) + ": the file does not exist");
-        }
-        hostPath = resolved.hostPath;
-        m_appHostLocation->Set(hostPath);
+    // The remembered place is tried first; one that holds no file (any more) is looked up on
+    // the drive again, since its folders may have been renamed.
+    const std::shared_ptr<const AppHostLocation::Place> remembered = m_appHostLocation->Get();
+    std::shared_ptr<const AppHostLocation::Place> place = remembered;
+    if (!place) {
+        place = LocateAppHost();
     }
-    m_appHost = &Load(hostPath, qm::to_utf8(windowsPath), true, {});
+    LoadedFile loaded;
+    try {
+        loaded = m_machine->cache->Load(place->hostPath, place->displayName);
+        if (!loaded.identity.exists && remembered) {
+            place = LocateAppHost();
+            loaded = m_machine->cache->Load(place->hostPath, place->displayName);
+        }
+    } catch (const ConfigFileError& error) {
+        Fail(qm::hr::invalid_data, error.what());
+    }
+    if (place != remembered) {
+        m_appHostLocation->Set(place);
+    }
+    m_appHost = &Adopt(place->hostPath, place->displayName, true, {}, std::move(loaded));
     return *m_appHost;
 }
 
@@ -266,7 +297,7 @@ WorkingFile& ConfigSession::WebConfig(const std::vector<qm::wstring>& path) {
     }
     const std::filesystem::path hostPath =
         resolvedFile.error == 0 ? resolvedFile.hostPath : resolvedFolder.hostPath / "web.config";
-    return Load(hostPath, qm::to_utf8(windowsPath), false, path);
+    return Load(hostPath.native(), qm::to_utf8(windowsPath), false, path);
 }
 
 WorkingFile& ConfigSession::CommitFile() {

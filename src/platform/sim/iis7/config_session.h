@@ -41,12 +41,17 @@ struct ConfigMachine {
 // it up folder by folder again.
 class AppHostLocation {
   public:
-    std::filesystem::path Get() const;
-    void Set(std::filesystem::path path);
+    struct Place {
+        std::string hostPath;  // native; a string, since copying a std::filesystem::path is costly
+        std::string displayName;  // the Windows path, for messages
+    };
+    // Null until found.
+    std::shared_ptr<const Place> Get() const;
+    void Set(std::shared_ptr<const Place> place);
 
   private:
     mutable std::mutex m_mutex;
-    std::filesystem::path m_path;
+    std::shared_ptr<const Place> m_place;
 };
 
 // A step of the way from a document's root to an element: the element's id and the index where
@@ -59,7 +64,7 @@ using NodePath = std::vector<PathStep>;
 
 // A configuration file as this manager sees it.
 struct WorkingFile {
-    std::filesystem::path hostPath;
+    std::string hostPath;     // native path on the host
     std::string displayName;  // the Windows path, for messages
     bool isAppHost = false;
     std::vector<qm::wstring> configPath;  // the level the file serves (empty: APPHOST)
@@ -90,7 +95,7 @@ class ConfigSession {
 
     const ConfigMachine& machine() const noexcept { return *m_machine; }
 
-    const qm::wstring& commitPath() const noexcept { return m_commitPath; }
+    qm::wstring_view commitPath() const noexcept;
     const std::vector<qm::wstring>& commitSegments() const noexcept { return m_commitSegments; }
     qm::hresult PutCommitPath(qm::wstring_view path);
 
@@ -140,17 +145,24 @@ class ConfigSession {
     const std::string& errorText() const noexcept { return m_errorText; }
 
   private:
-    WorkingFile& Load(const std::filesystem::path& hostPath, std::string displayName,
-                      bool isAppHost, std::vector<qm::wstring> configPath);
+    WorkingFile& Load(const std::string& hostPath, std::string displayName, bool isAppHost,
+                      std::vector<qm::wstring> configPath);
+    // Takes a file read from the cache into this session (`loaded` has no document when the
+    // file does not exist).
+    WorkingFile& Adopt(const std::string& hostPath, std::string displayName, bool isAppHost,
+                       std::vector<qm::wstring> configPath, LoadedFile loaded);
+    // Where applicationHost.config lies on the drive, looked up folder by folder.
+    std::shared_ptr<const AppHostLocation::Place> LocateAppHost() const;
     void Validate(WorkingFile& file) const;
 
     std::shared_ptr<const ConfigMachine> m_machine;
     std::shared_ptr<AppHostLocation> m_appHostLocation;
-    qm::wstring m_commitPath;
+    qm::wstring m_commitPath;  // empty: MACHINE/WEBROOT/APPHOST, where a fresh manager starts
     std::vector<qm::wstring> m_commitSegments;
     bool m_pending = false;
     uint64_t m_version = 0;
-    std::map<std::string, std::unique_ptr<WorkingFile>> m_files;
+    // In the order they were read; a manager holds a handful at most.
+    std::vector<std::unique_ptr<WorkingFile>> m_files;
     WorkingFile* m_appHost = nullptr;
     std::string m_errorText;
 };

@@ -38,7 +38,22 @@ const ElementSchema* ElementSchema::FindEntry(std::u16string_view entryName) con
     return FindByName(entries, entryName);
 }
 
-Schema::Schema(std::vector<SectionSchema> sections) : m_sections(std::move(sections)) {}
+Schema::Schema(std::vector<SectionSchema> sections) : m_sections(std::move(sections)) {
+    for (SectionSchema& section : m_sections) {
+        section.utf8Name = qm::to_utf8(section.name);
+        section.elementNames.clear();
+        size_t start = 0;
+        while (true) {
+            const size_t slash = section.utf8Name.find('/', start);
+            section.elementNames.push_back(
+                section.utf8Name.substr(start, slash == std::string::npos ? slash : slash - start));
+            if (slash == std::string::npos) {
+                break;
+            }
+            start = slash + 1;
+        }
+    }
+}
 
 const Schema& Schema::BuiltIn() {
     static const Schema schema = Parse(kBuiltInSchemaText);

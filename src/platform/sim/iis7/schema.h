@@ -95,6 +95,10 @@ struct MachineConfigDeclaration {
 struct SectionSchema {
     // Full name, "system.webServer/defaultDocument".
     std::u16string name;
+    // Filled in by the Schema that holds the section: the name in UTF-8, and split at "/" into
+    // the element names it has in a file.
+    std::string utf8Name;
+    std::vector<std::string> elementNames;
     ElementSchema root;
     // Present for the sections machine.config declares.
     std::optional<MachineConfigDeclaration> machineConfigDeclaration;

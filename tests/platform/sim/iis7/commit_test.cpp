@@ -173,6 +173,31 @@ TEST(Commit, AFreshManagerOnAnUnchangedFileParsesNothing) {
     EXPECT_EQ(machine.cache().parseCount(), 2u);
 }
 
+// Managers remember where applicationHost.config lies; Windows paths ignore letter case, so a
+// folder renamed to other capitals still holds it, and a file that is gone is reported as such.
+TEST(Commit, ManagersFindApplicationHostConfigAgainWhenItsFolderIsRenamed) {
+    IisConfigMachine machine;
+    std::u16string value;
+    ASSERT_EQ(testing::ReadAttribute(*machine.NewManager(), kDirectoryBrowse, kAppHost, u"enabled",
+                                     value),
+              0);
+    const std::u16string before = value;
+    const std::filesystem::path folder = machine.AppHostPath().parent_path();
+    std::filesystem::rename(folder, folder.parent_path() / "CONFIG");
+    value.clear();
+    EXPECT_EQ(testing::ReadAttribute(*machine.NewManager(), kDirectoryBrowse, kAppHost, u"enabled",
+                                     value),
+              0);
+    EXPECT_EQ(value, before);
+    std::filesystem::remove(folder.parent_path() / "CONFIG" / "applicationHost.config");
+    auto manager = machine.NewManager();
+    std::shared_ptr<platform::ConfigElement> section;
+    EXPECT_EQ(manager->GetAdminSection(kDirectoryBrowse, kAppHost, section),
+              qm::hr::file_not_found);
+    EXPECT_NE(qm::to_utf8(manager->LastErrorDescription()).find("applicationHost.config"),
+              std::string::npos);
+}
+
 TEST(Commit, TheMachineOffersManagersOnlyWithIis7OrLater) {
     sim::MachineConfig config;
     config.iisVersion = {6, 0};
