@@ -1,8 +1,11 @@
 #include "platform/sim/iis7/collection_entries.h"
 
 #include <algorithm>
+#include <unordered_set>
 
+#include "platform/sim/iis7/config_failure.h"
 #include "platform/sim/iis7/config_path.h"
+#include "support/case_insensitive.h"
 
 namespace webrig::sim::iis7 {
 namespace {
@@ -29,9 +32,70 @@ bool IsKey(const AttributeSchema& attribute) {
     return attribute.isUniqueKey || attribute.isCombinedKey;
 }
 
+std::string FoldCase(std::string text) {
+    const bool ascii = std::all_of(text.begin(), text.end(),
+                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    if (!ascii) {
+        return qm::to_utf8(qm::to_upper(qm::from_utf8(text)));
+    }
+    for (char& c : text) {
+        if (c >= 'a' && c <= 'z') {
+            c = static_cast<char>(c - 'a' + 'A');
+        }
+    }
+    return text;
+}
+
+// What identifies an entry among those of its kind: its key values, letter case folded where the
+// key ignores it, after the schema's address. Empty for an element without key attributes.
+std::string KeyOf(const ElementSchema& schema, const XmlElement& element) {
+    std::string key;
+    for (const AttributeSchema& attribute : schema.attributes) {
+        if (!IsKey(attribute)) {
+            continue;
+        }
+        if (key.empty()) {
+            key = std::to_string(reinterpret_cast<uintptr_t>(&schema));
+        }
+        const std::string value = KeyText(attribute, element, qm::to_utf8(attribute.name));
+        key += '\0';
+        key += attribute.caseSensitive ? value : FoldCase(value);
+    }
+    return key;
+}
+
+// IIS's words for an entry that repeats the key of one already in the collection.
+std::string DuplicateEntryText(const ElementSchema& schema, const XmlElement& element) {
+    std::string names;
+    std::string values;
+    size_t count = 0;
+    for (const AttributeSchema& attribute : schema.attributes) {
+        if (!IsKey(attribute)) {
+            continue;
+        }
+        const std::string name = qm::to_utf8(attribute.name);
+        names += (count ? ", " : "") + name;
+        values += (count ? ", " : "") + KeyText(attribute, element, name);
+        ++count;
+    }
+    const std::string what = "Cannot add duplicate collection entry of type '" + element.name;
+    if (count == 1) {
+        return what + "' with unique key attribute '" + names + "' set to '" + values + "'";
+    }
+    return what + "' with combined key attributes '" + names + "' respectively set to '" + values +
+           "'";
+}
+
+// The keys of the entries merged so far, to refuse an <add> that repeats one as IIS does.
+struct MergeKeys {
+    bool check = false;  // false where the schema allows duplicate entries
+    std::unordered_set<std::string> keys;
+};
+
 // Applies one level's <add>, <remove> and <clear> entries to what came from above.
-void ApplyLevel(MergedCollection& merged, const FoundElement& holder, size_t level,
-                const CollectionSchema& collection, const ElementSchema& ownerSchema) {
+void ApplyLevel(MergedCollection& merged, MergeKeys& keys, const FoundElement& holder, size_t level,
+                const std::string& fileName, const CollectionSchema& collection,
+                const ElementSchema& ownerSchema) {
     const std::string clearName = qm::to_utf8(collection.clearElement);
     const std::string removeName = qm::to_utf8(collection.removeElement);
     const std::vector<std::string> addNames = AddNames(collection);
@@ -55,15 +119,29 @@ void ApplyLevel(MergedCollection& merged, const FoundElement& holder, size_t lev
         if (!clearName.empty() && element->name == clearName) {
             merged.entries.clear();
             local.clear();
+            keys.keys.clear();
         } else if (!removeName.empty() && element->name == removeName) {
             drop(merged.entries, *element);
             drop(local, *element);
+            if (keys.check) {
+                for (const ElementSchema& entry : ownerSchema.entries) {
+                    keys.keys.erase(KeyOf(entry, *element));
+                }
+            }
         } else if (IsIn(addNames, element->name)) {
             if (element->name != lastName) {
                 lastName = element->name;
                 lastSchema = ownerSchema.FindEntry(qm::from_utf8(element->name));
             }
             if (const ElementSchema* schema = lastSchema) {
+                if (keys.check) {
+                    std::string key = KeyOf(*schema, *element);
+                    if (!key.empty() && !keys.keys.insert(std::move(key)).second) {
+                        Fail(qm::hr::already_exists,
+                             fileName + "(" + std::to_string(element->line) +
+                                 "): " + DuplicateEntryText(*schema, *element));
+                    }
+                }
                 local.push_back({element, schema, level, base, {element->id, i}});
             }
         }
@@ -93,6 +171,8 @@ bool SameKey(const ElementSchema& schema, const XmlElement& a, const XmlElement&
 
 MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSchema& collection) {
     MergedCollection merged;
+    MergeKeys keys;
+    keys.check = !collection.allowDuplicates;
     const SectionView& view = *owner.view();
     if (!owner.anchor()) {
         for (size_t level = 0; level < view.levels.size(); ++level) {
@@ -100,7 +180,8 @@ MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSc
                  view.session->SectionsAt(view.levels[level], view.sectionNames())) {
                 const FoundElement holder = DescendByNames(section, owner.names());
                 if (holder.element) {
-                    ApplyLevel(merged, holder, level, collection, *owner.schema());
+                    ApplyLevel(merged, keys, holder, level, view.levels[level].file->displayName,
+                               collection, *owner.schema());
                 }
             }
         }
@@ -112,7 +193,9 @@ MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSc
     }
     const FoundElement holder = DescendByNames({anchored, {}}, owner.names());
     if (holder.element) {
-        ApplyLevel(merged, holder, AnchorLevel(view, *owner.anchor()), collection, *owner.schema());
+        const size_t level = AnchorLevel(view, *owner.anchor());
+        ApplyLevel(merged, keys, holder, level, view.levels[level].file->displayName, collection,
+                   *owner.schema());
     }
     return merged;
 }

@@ -282,6 +282,114 @@ INSTANTIATE_TEST_SUITE_P(
         AddCase{"requiredKeyMissing", {{u"queueLength", u"10"}}, -1, qm::hr::file_not_found}),
     [](const ::testing::TestParamInfo<AddCase>& item) { return item.param.name; });
 
+// A file that adds an entry whose key the collection already holds, from the same file or
+// inherited, cannot be read: IIS answers 0x800700B7 with the file and line of the repeated entry.
+struct RepeatedKeyCase {
+    const char* name;
+    std::string_view appHostFrom;  // an edit of the main file (empty: none)
+    std::string_view appHostTo;
+    std::string_view webConfig;  // the site's web.config (empty: none)
+    std::u16string_view section;
+    std::u16string_view path;
+    std::u16string_view child;
+    qm::hresult result;
+    std::string_view error;  // part of the error text
+    uint32_t count = 0;      // the entries, when the collection can be read
+};
+
+void PrintTo(const RepeatedKeyCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class RepeatedKeys : public ::testing::TestWithParam<RepeatedKeyCase> {};
+
+TEST_P(RepeatedKeys, AreRefusedWhenTheCollectionIsRead) {
+    const RepeatedKeyCase& c = GetParam();
+    IisConfigMachine machine;
+    if (!c.appHostFrom.empty()) {
+        machine.WriteAppHost(Replaced(machine.ReadAppHost(), c.appHostFrom, c.appHostTo));
+    }
+    if (!c.webConfig.empty()) {
+        IisConfigMachine::WriteText(machine.DrivePath("inetpub/wwwroot/web.config"), c.webConfig);
+    }
+    const std::string appHost = machine.ReadAppHost();
+    auto manager = machine.NewManager();
+    auto collection = CollectionOf(*manager, c.section, c.path, c.child);
+    ASSERT_NE(collection, nullptr);
+    uint32_t count = 0;
+    EXPECT_EQ(collection->Count(count), c.result);
+    if (c.result != 0) {
+        EXPECT_NE(qm::to_utf8(manager->LastErrorDescription()).find(c.error), std::string::npos)
+            << qm::to_utf8(manager->LastErrorDescription());
+    } else {
+        EXPECT_EQ(count, c.count);
+    }
+    // Reading never writes.
+    EXPECT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(machine.ReadAppHost(), appHost);
+}
+
+constexpr std::string_view kFiles = "                <add value=\"index.html\" />\r\n";
+constexpr std::string_view kBinding =
+    "                    <binding protocol=\"http\" bindingInformation=\"*:80:\" />\r\n";
+constexpr std::string_view kStaticFile = "<add name=\"StaticFile\" path=\"*\"";
+constexpr std::u16string_view kDocuments = u"system.webServer/defaultDocument";
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RepeatedKeys,
+    ::testing::Values(
+        RepeatedKeyCase{"inTheSameFileInAnotherCase", kFiles,
+                        "                <add value=\"index.html\" />\r\n"
+                        "                <add value=\"INDEX.HTML\" />\r\n",
+                        "", kDocuments, testing::kAppHostPath, u"files", qm::hr::already_exists,
+                        "applicationHost.config(55): Cannot add duplicate collection entry of "
+                        "type 'add' with unique key attribute 'value' set to 'INDEX.HTML'"},
+        RepeatedKeyCase{"inheritedByAWebConfig", "", "",
+                        "<configuration>\n<system.webServer><defaultDocument><files>\n"
+                        "<add value=\"Default.htm\" />\n"
+                        "</files></defaultDocument></system.webServer></configuration>",
+                        kDocuments, kSite, u"files", qm::hr::already_exists,
+                        "web.config(3): Cannot add duplicate collection entry of type 'add' with "
+                        "unique key attribute 'value' set to 'Default.htm'"},
+        RepeatedKeyCase{"inheritedButRemovedFirst", "", "",
+                        "<configuration><system.webServer><defaultDocument><files>"
+                        "<remove value=\"default.htm\" /><add value=\"Default.htm\" />"
+                        "</files></defaultDocument></system.webServer></configuration>",
+                        kDocuments, kSite, u"files", 0, "", 2},
+        RepeatedKeyCase{"inheritedButCleared", "", "",
+                        "<configuration><system.webServer><defaultDocument><files><clear />"
+                        "<add value=\"index.html\" /><add value=\"Default.htm\" />"
+                        "</files></defaultDocument></system.webServer></configuration>",
+                        kDocuments, kSite, u"files", 0, "", 2},
+        RepeatedKeyCase{"caseSensitiveKeyInAnotherCase", kStaticFile,
+                        "<add name=\"staticfile\" path=\"*.x\" verb=\"*\" />\r\n            "
+                        "<add name=\"StaticFile\" path=\"*\"",
+                        "", u"system.webServer/handlers", testing::kAppHostPath, u"", 0, "", 2}),
+    [](const ::testing::TestParamInfo<RepeatedKeyCase>& item) { return item.param.name; });
+
+// A site that repeats a binding: the message names every attribute of the combined key.
+TEST(Collections, ARepeatedBindingNamesItsCombinedKey) {
+    IisConfigMachine machine;
+    machine.WriteAppHost(
+        Replaced(machine.ReadAppHost(), kBinding, std::string(kBinding) + std::string(kBinding)));
+    auto manager = machine.NewManager();
+    auto sites = CollectionOf(*manager, kSites, kAppHost);
+    std::shared_ptr<ConfigElement> site;
+    ASSERT_EQ(sites->Item(0, site), 0);
+    std::shared_ptr<ConfigElement> bindingsElement;
+    ASSERT_EQ(site->GetElementByName(u"bindings", bindingsElement), 0);
+    std::shared_ptr<ElementCollection> bindings;
+    ASSERT_EQ(bindingsElement->GetCollection(bindings), 0);
+    uint32_t count = 0;
+    EXPECT_EQ(bindings->Count(count), qm::hr::already_exists);
+    EXPECT_NE(qm::to_utf8(manager->LastErrorDescription())
+                  .find("applicationHost.config(42): Cannot add duplicate collection entry of "
+                        "type 'binding' with combined key attributes 'protocol, "
+                        "bindingInformation' respectively set to 'http, *:80:'"),
+              std::string::npos)
+        << qm::to_utf8(manager->LastErrorDescription());
+}
+
 TEST(Collections, IndexesAndNamesOutsideTheCollectionAreInvalid) {
     IisConfigMachine machine;
     auto manager = machine.NewManager();
