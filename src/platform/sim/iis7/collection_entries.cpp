@@ -1,11 +1,9 @@
 #include "platform/sim/iis7/collection_entries.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 #include "platform/sim/iis7/config_failure.h"
 #include "platform/sim/iis7/config_path.h"
-#include "support/case_insensitive.h"
 
 namespace webrig::sim::iis7 {
 namespace {
@@ -22,79 +20,9 @@ bool IsIn(const std::vector<std::string>& names, std::string_view name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-std::string KeyText(const AttributeSchema& attribute, const XmlElement& element,
-                    const std::string& name) {
-    const XmlAttribute* found = element.FindAttribute(name);
-    return found ? found->value : qm::to_utf8(attribute.defaultValue);
-}
-
-bool IsKey(const AttributeSchema& attribute) {
-    return attribute.isUniqueKey || attribute.isCombinedKey;
-}
-
-std::string FoldCase(std::string text) {
-    const bool ascii = std::all_of(text.begin(), text.end(),
-                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-    if (!ascii) {
-        return qm::to_utf8(qm::to_upper(qm::from_utf8(text)));
-    }
-    for (char& c : text) {
-        if (c >= 'a' && c <= 'z') {
-            c = static_cast<char>(c - 'a' + 'A');
-        }
-    }
-    return text;
-}
-
-// What identifies an entry among those of its kind: its key values, letter case folded where the
-// key ignores it, after the schema's address. Empty for an element without key attributes.
-std::string KeyOf(const ElementSchema& schema, const XmlElement& element) {
-    std::string key;
-    for (const AttributeSchema& attribute : schema.attributes) {
-        if (!IsKey(attribute)) {
-            continue;
-        }
-        if (key.empty()) {
-            key = std::to_string(reinterpret_cast<uintptr_t>(&schema));
-        }
-        const std::string value = KeyText(attribute, element, qm::to_utf8(attribute.name));
-        key += '\0';
-        key += attribute.caseSensitive ? value : FoldCase(value);
-    }
-    return key;
-}
-
-// IIS's words for an entry that repeats the key of one already in the collection.
-std::string DuplicateEntryText(const ElementSchema& schema, const XmlElement& element) {
-    std::string names;
-    std::string values;
-    size_t count = 0;
-    for (const AttributeSchema& attribute : schema.attributes) {
-        if (!IsKey(attribute)) {
-            continue;
-        }
-        const std::string name = qm::to_utf8(attribute.name);
-        names += (count ? ", " : "") + name;
-        values += (count ? ", " : "") + KeyText(attribute, element, name);
-        ++count;
-    }
-    const std::string what = "Cannot add duplicate collection entry of type '" + element.name;
-    if (count == 1) {
-        return what + "' with unique key attribute '" + names + "' set to '" + values + "'";
-    }
-    return what + "' with combined key attributes '" + names + "' respectively set to '" + values +
-           "'";
-}
-
-// The keys of the entries merged so far, to refuse an <add> that repeats one as IIS does.
-struct MergeKeys {
-    bool check = false;  // false where the schema allows duplicate entries
-    std::unordered_set<std::string> keys;
-};
-
 // Applies one level's <add>, <remove> and <clear> entries to what came from above.
-void ApplyLevel(MergedCollection& merged, MergeKeys& keys, const FoundElement& holder, size_t level,
-                const std::string& fileName, const CollectionSchema& collection,
+void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundElement& holder,
+                size_t level, const std::string& fileName, const CollectionSchema& collection,
                 const ElementSchema& ownerSchema) {
     const std::string clearName = qm::to_utf8(collection.clearElement);
     const std::string removeName = qm::to_utf8(collection.removeElement);
@@ -105,9 +33,15 @@ void ApplyLevel(MergedCollection& merged, MergeKeys& keys, const FoundElement& h
     const size_t base = merged.bases.size();
     merged.bases.push_back(holder.path);
     std::vector<MergedEntry> local;
-    const auto drop = [](std::vector<MergedEntry>& entries, const XmlElement& remove) {
+    const auto drop = [&](std::vector<MergedEntry>& entries, const XmlElement& remove) {
         std::erase_if(entries, [&](const MergedEntry& entry) {
-            return SameKey(*entry.schema, *entry.element, remove);
+            if (!SameKey(*entry.schema, *entry.element, remove)) {
+                return false;
+            }
+            if (keys) {
+                keys->Remove(*entry.schema, *entry.element);
+            }
+            return true;
         });
     };
     const std::vector<XmlChild>& children = holder.element->children;
@@ -119,27 +53,24 @@ void ApplyLevel(MergedCollection& merged, MergeKeys& keys, const FoundElement& h
         if (!clearName.empty() && element->name == clearName) {
             merged.entries.clear();
             local.clear();
-            keys.keys.clear();
+            if (keys) {
+                keys->Clear();
+            }
         } else if (!removeName.empty() && element->name == removeName) {
             drop(merged.entries, *element);
             drop(local, *element);
-            if (keys.check) {
-                for (const ElementSchema& entry : ownerSchema.entries) {
-                    keys.keys.erase(KeyOf(entry, *element));
-                }
-            }
         } else if (IsIn(addNames, element->name)) {
             if (element->name != lastName) {
                 lastName = element->name;
                 lastSchema = ownerSchema.FindEntry(qm::from_utf8(element->name));
             }
             if (const ElementSchema* schema = lastSchema) {
-                if (keys.check) {
-                    std::string key = KeyOf(*schema, *element);
-                    if (!key.empty() && !keys.keys.insert(std::move(key)).second) {
+                if (keys) {
+                    if (const CollectionKeys::Clash clash = keys->Add(*schema, *element);
+                        clash.element) {
                         Fail(qm::hr::already_exists,
                              fileName + "(" + std::to_string(element->line) +
-                                 "): " + DuplicateEntryText(*schema, *element));
+                                 "): " + CollectionKeys::ClashText(*schema, *element, clash.key));
                     }
                 }
                 local.push_back({element, schema, level, base, {element->id, i}});
@@ -152,27 +83,11 @@ void ApplyLevel(MergedCollection& merged, MergeKeys& keys, const FoundElement& h
 
 }  // namespace
 
-bool SameKey(const ElementSchema& schema, const XmlElement& a, const XmlElement& b) {
-    bool hasKey = false;
-    for (const AttributeSchema& attribute : schema.attributes) {
-        if (!IsKey(attribute)) {
-            continue;
-        }
-        hasKey = true;
-        const std::string name = qm::to_utf8(attribute.name);
-        const std::string x = KeyText(attribute, a, name);
-        const std::string y = KeyText(attribute, b, name);
-        if (attribute.caseSensitive ? x != y : !EqualsIgnoringCase(x, y)) {
-            return false;
-        }
-    }
-    return hasKey;
-}
-
 MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSchema& collection) {
     MergedCollection merged;
-    MergeKeys keys;
-    keys.check = !collection.allowDuplicates;
+    // Where the schema allows duplicate entries, keys are not checked.
+    CollectionKeys checked;
+    CollectionKeys* keys = collection.allowDuplicates ? nullptr : &checked;
     const SectionView& view = *owner.view();
     if (!owner.anchor()) {
         for (size_t level = 0; level < view.levels.size(); ++level) {
@@ -263,13 +178,12 @@ std::shared_ptr<XmlElement> RemoveEntryFor(const CollectionSchema& collection,
                                            const ElementSchema& schema, const XmlElement& entry) {
     auto remove = NewXmlElement(qm::to_utf8(collection.removeElement));
     for (const AttributeSchema& attribute : schema.attributes) {
-        if (!IsKey(attribute)) {
+        if (!IsKeyAttribute(attribute)) {
             continue;
         }
-        const std::string name = qm::to_utf8(attribute.name);
-        const std::string value = KeyText(attribute, entry, name);
-        if (entry.FindAttribute(name) || !value.empty()) {
-            remove->SetAttribute(name, value);
+        const std::string_view value = KeyValue(attribute, entry);
+        if (entry.FindAttribute(attribute.utf8Name) || !value.empty()) {
+            remove->SetAttribute(attribute.utf8Name, value);
         }
     }
     return remove;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/sim/iis7/collection_keys.h"
 #include "platform/sim/iis7/config_objects.h"
 #include "platform/sim/iis7/schema.h"
 
@@ -31,10 +32,6 @@ MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSc
 std::shared_ptr<Anchor> AnchorFor(const ConfigElementImpl& owner,
                                   const CollectionSchema& collection,
                                   const MergedCollection& merged, size_t index);
-
-// Whether two entries have equal keys (unique or combined key attributes; letter case ignored
-// unless the attribute is case-sensitive). Entries without key attributes never match.
-bool SameKey(const ElementSchema& schema, const XmlElement& a, const XmlElement& b);
 
 // Inserts an entry into the element that holds the collection: before the `ordinal`-th local
 // <add> entry, or after the last entry for npos (entries come before other child elements).

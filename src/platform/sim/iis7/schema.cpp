@@ -38,8 +38,26 @@ const ElementSchema* ElementSchema::FindEntry(std::u16string_view entryName) con
     return FindByName(entries, entryName);
 }
 
+namespace {
+
+void FillUtf8Names(ElementSchema& element) {
+    for (AttributeSchema& attribute : element.attributes) {
+        attribute.utf8Name = qm::to_utf8(attribute.name);
+        attribute.utf8Default = qm::to_utf8(attribute.defaultValue);
+    }
+    for (ElementSchema& child : element.children) {
+        FillUtf8Names(child);
+    }
+    for (ElementSchema& entry : element.entries) {
+        FillUtf8Names(entry);
+    }
+}
+
+}  // namespace
+
 Schema::Schema(std::vector<SectionSchema> sections) : m_sections(std::move(sections)) {
     for (SectionSchema& section : m_sections) {
+        FillUtf8Names(section.root);
         section.utf8Name = qm::to_utf8(section.name);
         section.elementNames.clear();
         size_t start = 0;

@@ -30,6 +30,9 @@ struct NamedValue {
 
 struct AttributeSchema {
     std::u16string name;
+    // The name and the default in UTF-8, as files hold them; filled in by the Schema.
+    std::string utf8Name;
+    std::string utf8Default;
     AttributeType type = AttributeType::string;
     // The default as IIS writes it in a file ("true", "00:20:00", "Integrated"); empty when none.
     std::u16string defaultValue;

@@ -367,6 +367,26 @@ INSTANTIATE_TEST_SUITE_P(
                         "", u"system.webServer/handlers", testing::kAppHostPath, u"", 0, "", 2}),
     [](const ::testing::TestParamInfo<RepeatedKeyCase>& item) { return item.param.name; });
 
+// A site's name and its id are each unique on their own.
+TEST(Collections, ASiteNeedsAFreeNameAndAFreeId) {
+    IisConfigMachine machine;
+    auto manager = machine.NewManager();
+    auto sites = CollectionOf(*manager, kSites, kAppHost);
+    const auto add = [&](std::u16string_view name, std::u16string_view id) {
+        std::shared_ptr<ConfigElement> site;
+        EXPECT_EQ(sites->CreateNewElement(u"site", site), 0);
+        EXPECT_EQ(Put(*site, u"name", Variant{std::u16string(name)}), 0);
+        EXPECT_EQ(Put(*site, u"id", Variant{std::u16string(id)}), 0);
+        return sites->AddElement(site, -1);
+    };
+    EXPECT_EQ(add(u"Shop", u"1"), qm::hr::already_exists);
+    EXPECT_EQ(add(u"default web site", u"2"), qm::hr::already_exists);
+    EXPECT_EQ(add(u"Shop", u"2"), 0);
+    uint32_t count = 0;
+    EXPECT_EQ(sites->Count(count), 0);
+    EXPECT_EQ(count, 2u);
+}
+
 // A site that repeats a binding: the message names every attribute of the combined key.
 TEST(Collections, ARepeatedBindingNamesItsCombinedKey) {
     IisConfigMachine machine;
