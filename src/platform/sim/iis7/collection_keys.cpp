@@ -145,27 +145,19 @@ size_t CollectionKeys::Probe(uint64_t hash, const ElementSchema& schema, const X
 
 CollectionKeys::Clash CollectionKeys::Add(const ElementSchema& schema, const XmlElement& element) {
     Clash clash;
-    uint64_t hashes[8];
-    uint32_t keys[8];
-    size_t count = 0;
     ForEachKey(schema, [&](uint32_t key) {
-        if (clash.element || count == std::size(keys)) {
+        if (clash.element) {
             return;
         }
         const uint64_t hash = HashKey(schema, element, key);
         if (const size_t at = Probe(hash, schema, element, key); at != SIZE_MAX) {
             clash = {m_slots[at].element, key};
-            return;
+        } else {
+            Insert({hash, &element, &schema, key, false});
         }
-        hashes[count] = hash;
-        keys[count] = key;
-        ++count;
     });
     if (clash.element) {
-        return clash;
-    }
-    for (size_t i = 0; i < count; ++i) {
-        Insert({hashes[i], &element, &schema, keys[i], false});
+        Remove(schema, element);  // the keys recorded before the clash
     }
     return clash;
 }
