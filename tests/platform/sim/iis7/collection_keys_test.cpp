@@ -71,6 +71,9 @@ TEST_P(KeyClashes, FollowTheKindOfKey) {
     EXPECT_EQ(SameKey(schema, *first, *second), c.clashes);
     if (c.clashes) {
         EXPECT_EQ(CollectionKeys::ClashText(schema, *second, clash.key), c.text);
+        // A refused entry leaves none of its keys behind.
+        keys.Remove(schema, *first);
+        EXPECT_EQ(keys.Add(schema, *second).element, nullptr);
     }
 }
 
