@@ -9,7 +9,7 @@
 #include <pugixml.hpp>
 #include <sstream>
 
-#include "platform/sim/atomic_file.h"
+#include "platform/sim/machine/atomic_file.h"
 #include "platform/sim/iis7/xml_reader.h"
 #include "testing/iis_config_machine.h"
 

@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/sim/windows_1252.h"
+#include "platform/sim/text/windows_1252.h"
 #include "settings/settings_file.h"
 #include "testing/generated_project.h"
 

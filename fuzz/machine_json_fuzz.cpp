@@ -5,10 +5,10 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/sim/json.h"
-#include "platform/sim/machine_config.h"
-#include "platform/sim/machine_error.h"
-#include "platform/sim/service_script.h"
+#include "platform/sim/machine/json.h"
+#include "platform/sim/machine/machine_config.h"
+#include "platform/sim/machine/machine_error.h"
+#include "platform/sim/services/service_script.h"
 
 namespace {
 

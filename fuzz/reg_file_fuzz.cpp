@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <span>
 
-#include "platform/sim/machine_error.h"
-#include "platform/sim/reg_file.h"
+#include "platform/sim/machine/machine_error.h"
+#include "platform/sim/registry/reg_file.h"
 
 namespace {
 

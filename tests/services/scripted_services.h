@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/sim/machine.h"
+#include "platform/sim/machine/machine.h"
 #include "services/service_context.h"
 #include "testing/recording_event_sink.h"
 #include "testing/temp_machine.h"

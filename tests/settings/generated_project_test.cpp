@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/sim/windows_1252.h"
+#include "platform/sim/text/windows_1252.h"
 #include "settings/password_scrambling.h"
 #include "settings/settings_file.h"
 #include "support/decimal.h"

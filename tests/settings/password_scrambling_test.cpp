@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/sim/windows_1252.h"
+#include "platform/sim/text/windows_1252.h"
 #include "settings/settings_file.h"
 #include "support/wide_string.h"
 #include "testing/generated_project.h"

@@ -3,7 +3,7 @@
 #include <array>
 #include <string>
 
-#include "platform/sim/windows_1252.h"
+#include "platform/sim/text/windows_1252.h"
 #include "settings/password_scrambling.h"
 
 namespace webrig::testing {

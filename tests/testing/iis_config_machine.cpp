@@ -4,7 +4,7 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "platform/sim/machine_layout.h"
+#include "platform/sim/machine/machine_layout.h"
 #include "testing/iis_test_schema.h"
 
 namespace webrig::testing {

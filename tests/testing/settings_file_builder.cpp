@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/sim/windows_1252.h"
+#include "platform/sim/text/windows_1252.h"
 
 namespace webrig::testing {
 namespace {

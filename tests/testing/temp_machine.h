@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "platform/sim/machine.h"
+#include "platform/sim/machine/machine.h"
 #include "testing/temp_folder.h"
 
 namespace webrig::testing {

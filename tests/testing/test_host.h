@@ -11,7 +11,7 @@
 
 #include "host/host_functions.h"
 #include "platform/host_objects.h"
-#include "platform/sim/machine.h"
+#include "platform/sim/machine/machine.h"
 
 namespace webrig::testing {
 

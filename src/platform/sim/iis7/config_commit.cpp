@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/sim/iis7/config_session.h"
-#include "platform/sim/machine_lock.h"
+#include "platform/sim/machine/machine_lock.h"
 
 namespace webrig::sim::iis7 {
 namespace {

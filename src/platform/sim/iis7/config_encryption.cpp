@@ -10,9 +10,9 @@
 #include <stdexcept>
 #include <vector>
 
-#include "platform/sim/atomic_file.h"
-#include "platform/sim/machine_error.h"
-#include "platform/sim/machine_layout.h"
+#include "platform/sim/machine/atomic_file.h"
+#include "platform/sim/machine/machine_error.h"
+#include "platform/sim/machine/machine_layout.h"
 
 namespace webrig::sim::iis7 {
 namespace {

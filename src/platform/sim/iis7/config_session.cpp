@@ -5,7 +5,7 @@
 #include "platform/sim/iis7/config_path.h"
 #include "platform/sim/iis7/physical_folders.h"
 #include "platform/sim/iis7/xml_reader.h"
-#include "platform/sim/windows_path.h"
+#include "platform/sim/files/windows_path.h"
 
 namespace webrig::sim::iis7 {
 namespace {

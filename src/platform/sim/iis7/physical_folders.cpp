@@ -2,7 +2,7 @@
 
 #include "platform/sim/iis7/config_failure.h"
 #include "platform/sim/iis7/config_path.h"
-#include "platform/sim/machine_variables.h"
+#include "platform/sim/machine/machine_variables.h"
 #include "support/case_insensitive.h"
 
 namespace webrig::sim::iis7 {

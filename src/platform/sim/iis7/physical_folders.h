@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/sim/iis7/xml_tree.h"
-#include "platform/sim/machine_config.h"
+#include "platform/sim/machine/machine_config.h"
 #include "support/wide_string.h"
 
 namespace webrig::sim::iis7 {

@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include "platform/sim/machine_config.h"
+#include "platform/sim/machine/machine_config.h"
 #include "support/wide_string.h"
 
 namespace webrig::sim::iis7 {

@@ -4,8 +4,8 @@
 
 #include <stdexcept>
 
-#include "platform/sim/machine_error.h"
-#include "platform/sim/machine_layout.h"
+#include "platform/sim/machine/machine_error.h"
+#include "platform/sim/machine/machine_layout.h"
 #include "testing/file_bytes.h"
 #include "testing/temp_folder.h"
 #include "testing/temp_machine.h"

@@ -12,7 +12,7 @@
 #include "platform/sim/iis7/attribute_value.h"
 #include "platform/sim/iis7/config_encryption.h"
 #include "platform/sim/iis7/schema.h"
-#include "platform/sim/machine_layout.h"
+#include "platform/sim/machine/machine_layout.h"
 #include "testing/file_bytes.h"
 #include "testing/temp_machine.h"
 

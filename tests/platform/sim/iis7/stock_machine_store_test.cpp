@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/sim/machine_layout.h"
+#include "platform/sim/machine/machine_layout.h"
 #include "testing/iis_config_machine.h"
 #include "testing/temp_machine.h"
 

@@ -1,0 +1,86 @@
+#include "platform/sim/machine/stock_content.h"
+
+#include "platform/sim/iis7/stock_application_host.h"
+
+namespace webrig::sim {
+namespace {
+
+RegistryKey& Ensure(RegistryKey& parent, const char16_t* name) {
+    RegistryKey* key = parent.FindSubKey(name);
+    return key != nullptr ? *key : parent.AddSubKey(name);
+}
+
+// The values IIS setup writes that tell its version.
+void AddIisVersionValues(RegistryKey& localMachine, RegistryKey& software,
+                         const IisVersion& version) {
+    RegistryKey& parameters = Ensure(
+        Ensure(Ensure(Ensure(Ensure(localMachine, u"SYSTEM"), u"CurrentControlSet"), u"Services"),
+               u"W3SVC"),
+        u"Parameters");
+    parameters.SetValue(u"MajorVersion", platform::RegValue::Dword(version.major));
+    parameters.SetValue(u"MinorVersion", platform::RegValue::Dword(version.minor));
+    RegistryKey& inetStp = Ensure(Ensure(software, u"Microsoft"), u"InetStp");
+    inetStp.SetValue(u"MajorVersion", platform::RegValue::Dword(version.major));
+    inetStp.SetValue(u"MinorVersion", platform::RegValue::Dword(version.minor));
+}
+
+}  // namespace
+
+void AddStockRegistry(RegistryKey& localMachine, const MachineConfig& config) {
+    RegistryKey& software = Ensure(localMachine, u"SOFTWARE");
+    Ensure(localMachine, u"SYSTEM");
+    if (config.Is64Bit()) {
+        Ensure(software, u"WOW6432Node");  // the 32-bit view of SOFTWARE
+    }
+    if (config.iisVersion.Installed()) {
+        AddIisVersionValues(localMachine, software, config.iisVersion);
+    }
+}
+
+bool HasIisConfigurationSystem(const MachineConfig& config) {
+    return config.iisVersion.major >= 7;
+}
+
+std::vector<qm::wstring> StockFolders(const MachineConfig& config) {
+    std::vector<qm::wstring> folders = {config.windowsDirectory,
+                                        config.windowsDirectory + u"\\System32"};
+    if (HasIisConfigurationSystem(config)) {
+        folders.push_back(config.windowsDirectory + u"\\System32\\inetsrv\\config");
+        folders.push_back(iis7::kDefaultSiteFolder);
+        folders.push_back(u"C:\\inetpub\\logs\\LogFiles");
+    }
+    return folders;
+}
+
+std::vector<StockFile> StockFiles(const MachineConfig& config) {
+    std::vector<StockFile> files;
+    if (HasIisConfigurationSystem(config)) {
+        files.push_back({iis7::ApplicationHostConfigPath(config),
+                         iis7::StockApplicationHostConfig(config.iisVersion)});
+        files.push_back({qm::wstring(iis7::kDefaultSiteFolder) + u"\\iisstart.htm",
+                         iis7::StockIisStartPage(config.iisVersion)});
+    }
+    return files;
+}
+
+ServicesFile StockServices(const MachineConfig& config) {
+    ServicesFile file;
+    if (!config.iisVersion.Installed()) {
+        return file;
+    }
+    // Running and started with Windows; a start or stop takes a moment, as on a real server.
+    ServiceScript service;
+    service.state = 4;
+    service.startType = StartType::automatic;
+    service.startPendingMs = 1500;
+    service.stopPendingMs = 1000;
+    service.waitHintMs = 2000;
+    service.checkPointEveryMs = 500;
+    file.services.emplace(u"W3SVC", service);
+    if (config.HasMetabase()) {
+        file.services.emplace(u"IISADMIN", service);
+    }
+    return file;
+}
+
+}  // namespace webrig::sim

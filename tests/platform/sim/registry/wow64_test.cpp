@@ -1,0 +1,138 @@
+// A 32-bit process on a 64-bit machine sees HKLM\SOFTWARE through the WOW64 redirector.
+
+#include <gtest/gtest.h>
+
+#include "platform/sim/registry/sim_registry.h"
+#include "testing/temp_machine.h"
+
+namespace webrig::sim {
+namespace {
+
+using platform::kLocalMachine;
+using platform::kNoKey;
+using platform::RegKey;
+namespace key_access = platform::key_access;
+
+constexpr uint32_t k64 = key_access::wow64_64key;
+constexpr uint32_t k32 = key_access::wow64_32key;
+
+class Wow64 : public ::testing::Test {
+  protected:
+    explicit Wow64(
+        platform::ProcessorArchitecture architecture = platform::ProcessorArchitecture::amd64)
+        : m_machine(Config(architecture)), reg(m_machine.machine().registry()) {}
+
+    static MachineConfig Config(platform::ProcessorArchitecture architecture) {
+        MachineConfig config;
+        config.architecture = architecture;
+        return config;
+    }
+
+    bool Exists(std::initializer_list<const char16_t*> path) {
+        const RegistryKey* found = &m_machine.machine().simRegistry().Root();
+        for (const char16_t* name : path) {
+            found = found->FindSubKey(name);
+            if (found == nullptr) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    uint32_t Create(qm::wstring_view path, uint32_t view, RegKey parent = kLocalMachine) {
+        RegKey created = kNoKey;
+        const uint32_t error = reg.CreateKey(parent, path, key_access::all_access | view, created);
+        reg.CloseKey(created);
+        return error;
+    }
+
+    uint32_t Open(qm::wstring_view path, uint32_t view, RegKey& result,
+                  RegKey parent = kLocalMachine) {
+        return reg.OpenKey(parent, path, key_access::all_access | view, result);
+    }
+
+    testing::TempMachine m_machine;
+    platform::Registry& reg;
+    RegKey opened = kNoKey;
+};
+
+TEST_F(Wow64, SoftwareIsRedirectedUnlessThe64BitViewIsAskedFor) {
+    ASSERT_EQ(Create(u"SOFTWARE\\Contoso32", 0), 0u);
+    ASSERT_EQ(Create(u"Software\\Contoso32b", k32), 0u);
+    ASSERT_EQ(Create(u"SOFTWARE\\Contoso64", k64), 0u);
+    EXPECT_TRUE(Exists({u"SOFTWARE", u"WOW6432Node", u"Contoso32"}));
+    EXPECT_TRUE(Exists({u"SOFTWARE", u"WOW6432Node", u"Contoso32b"}));
+    EXPECT_FALSE(Exists({u"SOFTWARE", u"Contoso32"}));
+    EXPECT_TRUE(Exists({u"SOFTWARE", u"Contoso64"}));
+    EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node", u"Contoso64"}));
+    EXPECT_EQ(Open(u"SOFTWARE\\Contoso64", 0, opened), qm::win32::file_not_found);
+    EXPECT_EQ(Open(u"SOFTWARE\\Contoso32", k64, opened), qm::win32::file_not_found);
+}
+
+TEST_F(Wow64, OtherHivesAreShared) {
+    ASSERT_EQ(Create(u"SYSTEM\\Shared", 0), 0u);
+    EXPECT_TRUE(Exists({u"SYSTEM", u"Shared"}));
+    EXPECT_EQ(Open(u"SYSTEM\\Shared", k64, opened), 0u);
+}
+
+TEST_F(Wow64, TheViewComesFromEachCallNotFromTheParentHandle) {
+    ASSERT_EQ(Create(u"SOFTWARE\\Both", 0), 0u);
+    ASSERT_EQ(Create(u"SOFTWARE\\Both\\Only32", 0), 0u);
+    ASSERT_EQ(Create(u"SOFTWARE\\Both", k64), 0u);
+    RegKey software64 = kNoKey;
+    ASSERT_EQ(Open(u"SOFTWARE", k64, software64), 0u);
+    // Without the flag the sub-key is looked for in the 32-bit view again.
+    EXPECT_EQ(Open(u"Both\\Only32", 0, opened, software64), 0u);
+    EXPECT_EQ(Open(u"Both\\Only32", k64, opened, software64), qm::win32::file_not_found);
+}
+
+TEST_F(Wow64, SoftwareOpenedFromA32BitProcessIsWow6432Node) {
+    ASSERT_EQ(Create(u"SOFTWARE\\Visible32", 0), 0u);
+    RegKey software = kNoKey;
+    ASSERT_EQ(Open(u"SOFTWARE", 0, software), 0u);
+    qm::wstring name;
+    ASSERT_EQ(reg.EnumKey(software, 0, name), 0u);
+    EXPECT_EQ(name, u"Visible32");
+    EXPECT_EQ(reg.EnumKey(software, 1, name), qm::win32::no_more_items);
+}
+
+TEST_F(Wow64, AnExplicitWow6432NodePathIsNotRedirectedTwice) {
+    ASSERT_EQ(Create(u"SOFTWARE\\WOW6432Node\\Direct", 0), 0u);
+    EXPECT_TRUE(Exists({u"SOFTWARE", u"WOW6432Node", u"Direct"}));
+    EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node", u"WOW6432Node"}));
+}
+
+TEST_F(Wow64, DeleteKeyUsesTheViewOfItsAccessMask) {
+    ASSERT_EQ(Create(u"SOFTWARE\\Twin", 0), 0u);
+    ASSERT_EQ(Create(u"SOFTWARE\\Twin", k64), 0u);
+    ASSERT_EQ(reg.DeleteKey(kLocalMachine, u"SOFTWARE\\Twin", k64), 0u);
+    EXPECT_FALSE(Exists({u"SOFTWARE", u"Twin"}));
+    EXPECT_TRUE(Exists({u"SOFTWARE", u"WOW6432Node", u"Twin"}));
+    ASSERT_EQ(reg.DeleteKey(kLocalMachine, u"SOFTWARE\\Twin"), 0u);
+    EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node", u"Twin"}));
+}
+
+class Wow64OnArm64 : public Wow64 {
+  protected:
+    Wow64OnArm64() : Wow64(platform::ProcessorArchitecture::arm64) {}
+};
+
+TEST_F(Wow64OnArm64, RedirectsToo) {
+    ASSERT_EQ(Create(u"SOFTWARE\\Arm", 0), 0u);
+    EXPECT_TRUE(Exists({u"SOFTWARE", u"WOW6432Node", u"Arm"}));
+}
+
+class NoWow64OnX86 : public Wow64 {
+  protected:
+    NoWow64OnX86() : Wow64(platform::ProcessorArchitecture::intel) {}
+};
+
+TEST_F(NoWow64OnX86, NothingIsRedirected) {
+    EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node"}));
+    ASSERT_EQ(Create(u"SOFTWARE\\Plain", 0), 0u);
+    EXPECT_TRUE(Exists({u"SOFTWARE", u"Plain"}));
+    EXPECT_EQ(Open(u"SOFTWARE\\Plain", k64, opened), 0u);
+}
+
+}  // namespace
+}  // namespace webrig::sim

@@ -1,0 +1,244 @@
+#include "platform/sim/services/sim_service_control.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "platform/sim/machine/sim_clock.h"
+#include "support/last_error.h"
+#include "testing/case_name.h"
+#include "testing/temp_folder.h"
+
+namespace webrig::sim {
+namespace {
+
+namespace state = platform::service_state;
+namespace access = platform::service_access;
+using platform::ServiceHandle;
+using platform::ServiceStatus;
+
+class SimServiceControlTest : public ::testing::Test {
+  protected:
+    SimServiceControl& Make(ServiceScript script, uint32_t managerError = 0) {
+        ServicesFile file;
+        file.managerError = managerError;
+        file.services.emplace(u"W3SVC", script);
+        m_control =
+            std::make_unique<SimServiceControl>(file, m_folder.path() / "services.json", m_clock);
+        return *m_control;
+    }
+
+    ServiceHandle Open(uint32_t rights = access::all_access) {
+        const ServiceHandle manager = m_control->OpenManager(access::manager_all_access);
+        EXPECT_NE(manager, platform::kNoService);
+        const ServiceHandle service = m_control->OpenNamedService(manager, u"w3svc", rights);
+        m_control->Close(manager);
+        return service;
+    }
+
+    uint32_t StateOf(ServiceHandle service) {
+        ServiceStatus status;
+        EXPECT_TRUE(m_control->QueryStatus(service, status));
+        return status.currentState;
+    }
+
+    testing::TempFolder m_folder;
+    SimClock m_clock{0xFFFFF000u};  // the tick count wraps during these tests
+    std::unique_ptr<SimServiceControl> m_control;
+};
+
+ServiceScript Stopped(std::optional<uint32_t> startPendingMs = 0) {
+    ServiceScript script;
+    script.state = state::stopped;
+    script.startPendingMs = startPendingMs;
+    script.stopPendingMs = 800;
+    script.waitHintMs = 2000;
+    script.checkPointEveryMs = 500;
+    return script;
+}
+
+TEST_F(SimServiceControlTest, AStartStaysPendingForItsTimeWhileTheCheckpointMoves) {
+    Make(Stopped(1200));
+    const ServiceHandle service = Open();
+    ASSERT_TRUE(m_control->Start(service));
+    ServiceStatus status;
+    ASSERT_TRUE(m_control->QueryStatus(service, status));
+    EXPECT_EQ(status.currentState, state::start_pending);
+    EXPECT_EQ(status.checkPoint, 1u);
+    EXPECT_EQ(status.waitHint, 2000u);
+    m_clock.Sleep(1100);  // across the wrap of the tick count
+    ASSERT_TRUE(m_control->QueryStatus(service, status));
+    EXPECT_EQ(status.currentState, state::start_pending);
+    EXPECT_EQ(status.checkPoint, 3u);
+    m_clock.Sleep(100);
+    ASSERT_TRUE(m_control->QueryStatus(service, status));
+    EXPECT_EQ(status.currentState, state::running);
+    EXPECT_EQ(status.checkPoint, 0u);
+    EXPECT_EQ(status.waitHint, 0u);
+}
+
+TEST_F(SimServiceControlTest, AStartThatNeverEndsStaysPendingAndIsSavedSo) {
+    Make(Stopped(std::nullopt));
+    const ServiceHandle service = Open();
+    ASSERT_TRUE(m_control->Start(service));
+    m_clock.Sleep(3'600'000);
+    EXPECT_EQ(StateOf(service), state::start_pending);
+    EXPECT_EQ(m_control->Snapshot().services.at(u"W3SVC").state, state::start_pending);
+}
+
+TEST_F(SimServiceControlTest, StateChangesReachTheFileAsTheStateTheServiceSettlesIn) {
+    Make(Stopped(1200));
+    const ServiceHandle service = Open();
+    ASSERT_TRUE(m_control->Start(service));
+    std::ifstream saved(m_folder.path() / "services.json");
+    const std::string text((std::istreambuf_iterator<char>(saved)), {});
+    const ServicesFile file = ParseServicesFile(text, "services.json");
+    EXPECT_EQ(file.services.at(u"W3SVC").state, state::running);
+}
+
+TEST_F(SimServiceControlTest, AStopIsPendingThenStopped) {
+    ServiceScript script = Stopped();
+    script.state = state::running;
+    Make(script);
+    const ServiceHandle service = Open();
+    ServiceStatus status;
+    ASSERT_TRUE(m_control->Control(service, platform::kServiceControlStop, status));
+    EXPECT_EQ(status.currentState, state::stop_pending);
+    m_clock.Sleep(800);
+    EXPECT_EQ(StateOf(service), state::stopped);
+}
+
+TEST_F(SimServiceControlTest, AServiceThatIgnoresStopKeepsRunning) {
+    ServiceScript script = Stopped();
+    script.state = state::running;
+    script.ignoresStop = true;
+    Make(script);
+    const ServiceHandle service = Open();
+    ServiceStatus status;
+    ASSERT_TRUE(m_control->Control(service, platform::kServiceControlStop, status));
+    EXPECT_EQ(status.currentState, state::running);
+    m_clock.Sleep(60'000);
+    EXPECT_EQ(StateOf(service), state::running);
+}
+
+TEST_F(SimServiceControlTest, APendingStateOfTheFileEndsAfterItsScriptedTime) {
+    ServiceScript script = Stopped();
+    script.state = state::stop_pending;
+    Make(script);
+    const ServiceHandle service = Open();
+    EXPECT_EQ(StateOf(service), state::stop_pending);
+    m_clock.Sleep(800);
+    EXPECT_EQ(StateOf(service), state::stopped);
+}
+
+// Each failure a caller can meet, with the code Windows leaves in the last error.
+struct Failure {
+    const char* what;
+    uint32_t initialState;
+    void (*script)(ServiceScript&);
+    uint32_t rights;
+    enum { start, stop, query } call;
+    uint32_t error;
+};
+
+class SimServiceFailures : public SimServiceControlTest,
+                           public ::testing::WithParamInterface<Failure> {};
+
+TEST_P(SimServiceFailures, LeaveTheirCodeInTheLastError) {
+    const Failure& f = GetParam();
+    ServiceScript script = Stopped();
+    script.state = f.initialState;
+    f.script(script);
+    Make(script);
+    const ServiceHandle service = Open(f.rights);
+    ASSERT_NE(service, platform::kNoService);
+    qm::set_last_error(0);
+    ServiceStatus status;
+    bool succeeded = true;
+    switch (f.call) {
+        case Failure::start:
+            succeeded = m_control->Start(service);
+            break;
+        case Failure::stop:
+            succeeded = m_control->Control(service, platform::kServiceControlStop, status);
+            break;
+        case Failure::query:
+            succeeded = m_control->QueryStatus(service, status);
+            break;
+    }
+    EXPECT_FALSE(succeeded);
+    EXPECT_EQ(qm::get_last_error(), f.error);
+    EXPECT_EQ(m_control->Snapshot().services.at(u"W3SVC").state, f.initialState);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, SimServiceFailures,
+    ::testing::Values(Failure{"disabled", state::stopped,
+                              [](ServiceScript& s) { s.startType = StartType::disabled; },
+                              access::all_access, Failure::start, 1058},
+                      Failure{"scripted start refusal", state::stopped,
+                              [](ServiceScript& s) { s.startError = 1069; }, access::all_access,
+                              Failure::start, 1069},
+                      Failure{"already running", state::running, [](ServiceScript&) {},
+                              access::all_access, Failure::start, 1056},
+                      Failure{"paused is not stopped", state::paused, [](ServiceScript&) {},
+                              access::all_access, Failure::start, 1056},
+                      Failure{"start without the right", state::stopped, [](ServiceScript&) {},
+                              access::query_status, Failure::start, 5},
+                      Failure{"stop of a stopped service", state::stopped, [](ServiceScript&) {},
+                              access::all_access, Failure::stop, 1062},
+                      Failure{"scripted stop refusal", state::running,
+                              [](ServiceScript& s) { s.stopError = 1061; }, access::all_access,
+                              Failure::stop, 1061},
+                      Failure{"stop without the right", state::running, [](ServiceScript&) {},
+                              access::query_status | access::start, Failure::stop, 5},
+                      Failure{"scripted query failure", state::running,
+                              [](ServiceScript& s) { s.queryError = 6; }, access::all_access,
+                              Failure::query, 6},
+                      Failure{"query without the right", state::running, [](ServiceScript&) {},
+                              access::start, Failure::query, 5}),
+    webrig::testing::NameFromWhat());
+
+TEST_F(SimServiceControlTest, OpeningFailsAsTheManagerDoes) {
+    Make(Stopped(), 120);
+    qm::set_last_error(0);
+    EXPECT_EQ(m_control->OpenManager(access::manager_all_access), platform::kNoService);
+    EXPECT_EQ(qm::get_last_error(), 120u);
+
+    ServiceScript script = Stopped();
+    script.openError = 5;
+    Make(script);
+    const ServiceHandle manager = m_control->OpenManager(access::manager_all_access);
+    struct Case {
+        ServiceHandle manager;
+        const char16_t* name;
+        uint32_t error;
+    };
+    for (const Case& c :
+         {Case{manager, u"W3SVC", 5}, Case{manager, u"IISADMIN", 1060}, Case{manager, u"", 123},
+          Case{manager, u"W3\\SVC", 123}, Case{ServiceHandle{0x1234}, u"W3SVC", 6}}) {
+        qm::set_last_error(0);
+        EXPECT_EQ(m_control->OpenNamedService(c.manager, c.name, access::all_access),
+                  platform::kNoService);
+        EXPECT_EQ(qm::get_last_error(), c.error) << qm::to_utf8(c.name);
+    }
+    EXPECT_TRUE(m_control->Close(manager));
+    EXPECT_FALSE(m_control->Close(manager));
+    EXPECT_EQ(qm::get_last_error(), 6u);
+    EXPECT_EQ(m_control->OpenHandleCount(), 0u);
+}
+
+TEST_F(SimServiceControlTest, AFailedSaveLeavesTheServiceAsItWas) {
+    ServicesFile file;
+    file.services.emplace(u"W3SVC", Stopped());
+    m_control = std::make_unique<SimServiceControl>(
+        file, m_folder.path() / "services.json", m_clock,
+        [](const std::filesystem::path&, std::span<const std::byte>) { return false; });
+    const ServiceHandle service = Open();
+    EXPECT_FALSE(m_control->Start(service));
+    EXPECT_EQ(qm::get_last_error(), 29u);
+    EXPECT_EQ(StateOf(service), state::stopped);
+}
+
+}  // namespace
+}  // namespace webrig::sim
