@@ -9,8 +9,8 @@
 #include <pugixml.hpp>
 #include <sstream>
 
-#include "platform/sim/machine/atomic_file.h"
 #include "platform/sim/iis7/xml_reader.h"
+#include "platform/sim/machine/atomic_file.h"
 #include "testing/iis_config_machine.h"
 
 namespace {

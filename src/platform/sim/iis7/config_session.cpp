@@ -1,11 +1,11 @@
 #include "platform/sim/iis7/config_session.h"
 
+#include "platform/sim/files/windows_path.h"
 #include "platform/sim/iis7/config_failure.h"
 #include "platform/sim/iis7/config_file_error.h"
 #include "platform/sim/iis7/config_path.h"
 #include "platform/sim/iis7/physical_folders.h"
 #include "platform/sim/iis7/xml_reader.h"
-#include "platform/sim/files/windows_path.h"
 
 namespace webrig::sim::iis7 {
 namespace {

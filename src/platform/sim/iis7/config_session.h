@@ -13,12 +13,12 @@
 #include <string>
 #include <vector>
 
-#include "platform/sim/machine/atomic_file.h"
 #include "platform/sim/iis7/config_encryption.h"
 #include "platform/sim/iis7/config_file_cache.h"
 #include "platform/sim/iis7/schema.h"
 #include "platform/sim/iis7/section_declarations.h"
 #include "platform/sim/iis7/xml_tree.h"
+#include "platform/sim/machine/atomic_file.h"
 #include "platform/sim/machine/machine_config.h"
 #include "support/result_codes.h"
 #include "support/wide_string.h"

@@ -4,12 +4,12 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/sim/machine/atomic_file.h"
+#include "platform/sim/files/windows_path.h"
 #include "platform/sim/iis7/config_encryption.h"
+#include "platform/sim/machine/atomic_file.h"
 #include "platform/sim/machine/machine_error.h"
 #include "platform/sim/machine/machine_layout.h"
 #include "platform/sim/machine/stock_content.h"
-#include "platform/sim/files/windows_path.h"
 
 namespace webrig::sim {
 namespace {

@@ -14,17 +14,17 @@
 #include <memory>
 
 #include "platform/platform.h"
+#include "platform/sim/files/sim_file_system.h"
+#include "platform/sim/host_process/sim_automation.h"
+#include "platform/sim/host_process/sim_host_objects.h"
+#include "platform/sim/host_process/sim_modules.h"
 #include "platform/sim/iis7/config_encryption.h"
 #include "platform/sim/iis7/sim_iis_configuration.h"
 #include "platform/sim/machine/machine_config.h"
-#include "platform/sim/host_process/sim_automation.h"
 #include "platform/sim/machine/sim_clock.h"
-#include "platform/sim/files/sim_file_system.h"
-#include "platform/sim/host_process/sim_host_objects.h"
-#include "platform/sim/host_process/sim_modules.h"
+#include "platform/sim/machine/sim_system_info.h"
 #include "platform/sim/registry/sim_registry.h"
 #include "platform/sim/services/sim_service_control.h"
-#include "platform/sim/machine/sim_system_info.h"
 #include "platform/sim/text/windows_1252.h"
 
 namespace webrig::sim {

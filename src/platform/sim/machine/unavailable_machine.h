@@ -8,9 +8,9 @@
 
 #include "platform/platform.h"
 #include "platform/sim/host_process/sim_automation.h"
-#include "platform/sim/machine/sim_clock.h"
 #include "platform/sim/host_process/sim_host_objects.h"
 #include "platform/sim/host_process/sim_modules.h"
+#include "platform/sim/machine/sim_clock.h"
 #include "platform/sim/text/windows_1252.h"
 
 namespace webrig::sim {
