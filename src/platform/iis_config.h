@@ -7,16 +7,12 @@
 
 #include <cstdint>
 #include <memory>
-#include <variant>
 
+#include "platform/automation.h"
 #include "support/result_codes.h"
 #include "support/wide_string.h"
 
 namespace webrig::platform {
-
-// The values a property takes and gives: VT_EMPTY, VT_BOOL, VT_I4 or VT_BSTR. Unsigned
-// attributes travel as their 32 bits in the integer.
-using Variant = std::variant<std::monostate, bool, int32_t, qm::wstring>;
 
 // IAppHostProperty.
 class ConfigProperty {

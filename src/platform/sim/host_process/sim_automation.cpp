@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string>
 
 namespace webrig::sim {
 namespace {
@@ -51,6 +52,25 @@ uint32_t SimAutomation::SysStringLen(platform::Bstr text) {
     uint32_t byteLength = 0;
     std::memcpy(&byteLength, reinterpret_cast<const std::byte*>(text) - kPrefixBytes, kPrefixBytes);
     return byteLength / sizeof(char16_t);
+}
+
+qm::hresult SimAutomation::ChangeTypeToText(const platform::Variant& value, qm::wstring& text) {
+    text = std::visit(
+        [](const auto& held) -> qm::wstring {
+            using Held = std::decay_t<decltype(held)>;
+            if constexpr (std::is_same_v<Held, std::monostate>) {
+                return {};
+            } else if constexpr (std::is_same_v<Held, qm::wstring>) {
+                return held;
+            } else if constexpr (std::is_same_v<Held, bool>) {
+                // Without VARIANT_ALPHABOOL a VARIANT_BOOL converts as the 16-bit integer it is.
+                return held ? u"-1" : u"0";
+            } else {
+                return qm::from_utf8(std::to_string(held));
+            }
+        },
+        value);
+    return qm::hr::ok;
 }
 
 }  // namespace webrig::sim

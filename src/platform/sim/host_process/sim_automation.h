@@ -18,6 +18,7 @@ class SimAutomation final : public platform::Automation {
     platform::Bstr SysAllocStringLen(qm::wstring_view text) override;
     void SysFreeString(platform::Bstr text) override;
     uint32_t SysStringLen(platform::Bstr text) override;
+    qm::hresult ChangeTypeToText(const platform::Variant& value, qm::wstring& text) override;
 
   private:
     Allocate m_allocate;

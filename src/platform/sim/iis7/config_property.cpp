@@ -10,7 +10,7 @@ PropertyValue FromVariant(const platform::Variant& value) {
     return std::visit(
         [](const auto& held) -> PropertyValue {
             using Held = std::decay_t<decltype(held)>;
-            if constexpr (std::is_same_v<Held, int32_t>) {
+            if constexpr (std::is_integral_v<Held> && !std::is_same_v<Held, bool>) {
                 return static_cast<int64_t>(held);
             } else {
                 return held;

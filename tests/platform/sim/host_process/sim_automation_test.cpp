@@ -45,5 +45,25 @@ TEST(SimAutomation, AFailedAllocationGivesNull) {
     EXPECT_EQ(automation.SysAllocStringLen(u"text"), nullptr);
 }
 
+// The conversion without flags: a VARIANT_BOOL is the 16-bit integer -1 or 0, not "True".
+TEST(SimAutomation, ChangesValuesToTextAsVariantChangeTypeDoes) {
+    SimAutomation automation;
+    const std::pair<platform::Variant, qm::wstring> cases[] = {
+        {platform::Variant{}, u""},
+        {platform::Variant{true}, u"-1"},
+        {platform::Variant{false}, u"0"},
+        {platform::Variant{int32_t{-5}}, u"-5"},
+        {platform::Variant{uint32_t{4294967295u}}, u"4294967295"},
+        {platform::Variant{int64_t{-9000000000}}, u"-9000000000"},
+        {platform::Variant{uint64_t{18446744073709551615u}}, u"18446744073709551615"},
+        {platform::Variant{qm::wstring(u"Integrated")}, u"Integrated"},
+    };
+    for (const auto& [value, expected] : cases) {
+        qm::wstring text = u"stale";
+        EXPECT_EQ(automation.ChangeTypeToText(value, text), qm::hr::ok);
+        EXPECT_EQ(text, expected);
+    }
+}
+
 }  // namespace
 }  // namespace webrig::sim
