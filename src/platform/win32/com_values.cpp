@@ -89,16 +89,15 @@ qm::hresult FromVariant(const VARIANT& value, platform::Variant& out) {
             out = static_cast<uint64_t>(value.ullVal);
             return qm::hr::ok;
         case VT_BSTR:
-            out = value.bstrVal == nullptr ? qm::wstring()
-                                           : qm::wstring(Utf16(value.bstrVal),
-                                                         ::SysStringLen(value.bstrVal));
+            out = value.bstrVal == nullptr
+                      ? qm::wstring()
+                      : qm::wstring(Utf16(value.bstrVal), ::SysStringLen(value.bstrVal));
             return qm::hr::ok;
         default:
             break;
     }
     ScopedVariant text;
-    const HRESULT hr =
-        ::VariantChangeType(&text.get(), const_cast<VARIANT*>(&value), 0, VT_BSTR);
+    const HRESULT hr = ::VariantChangeType(&text.get(), const_cast<VARIANT*>(&value), 0, VT_BSTR);
     if (FAILED(hr)) {
         return hr;
     }

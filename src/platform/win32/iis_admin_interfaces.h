@@ -62,13 +62,12 @@ struct IAppHostElement : public IUnknown {
     virtual HRESULT STDMETHODCALLTYPE get_Name(BSTR* name) = 0;
     virtual HRESULT STDMETHODCALLTYPE get_Collection(IAppHostElementCollection** collection) = 0;
     virtual HRESULT STDMETHODCALLTYPE get_Properties(IAppHostPropertyCollection** properties) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_ChildElements(
-        IAppHostChildElementCollection** elements) = 0;
+    virtual HRESULT STDMETHODCALLTYPE
+    get_ChildElements(IAppHostChildElementCollection** elements) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetMetadata(BSTR metadataType, VARIANT* value) = 0;
     virtual HRESULT STDMETHODCALLTYPE SetMetadata(BSTR metadataType, VARIANT value) = 0;
     virtual HRESULT STDMETHODCALLTYPE get_Schema(IUnknown** schema) = 0;
-    virtual HRESULT STDMETHODCALLTYPE GetElementByName(BSTR subName,
-                                                       IAppHostElement** element) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetElementByName(BSTR subName, IAppHostElement** element) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetPropertyByName(BSTR subName,
                                                         struct IAppHostProperty** property) = 0;
     virtual HRESULT STDMETHODCALLTYPE Clear() = 0;
@@ -114,8 +113,7 @@ struct IAppHostChildElementCollection : public IUnknown {
 
 // {8F6D760F-F0CB-4D69-B5F6-848B33E9BDC6}
 struct IAppHostConfigManager : public IUnknown {
-    virtual HRESULT STDMETHODCALLTYPE GetConfigFile(BSTR configPath,
-                                                    IAppHostConfigFile** file) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetConfigFile(BSTR configPath, IAppHostConfigFile** file) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetUniqueConfigPath(BSTR configPath, BSTR* uniquePath) = 0;
 };
 
@@ -123,8 +121,8 @@ struct IAppHostConfigManager : public IUnknown {
 struct IAppHostConfigFile : public IUnknown {
     virtual HRESULT STDMETHODCALLTYPE get_ConfigPath(BSTR* configPath) = 0;
     virtual HRESULT STDMETHODCALLTYPE get_FilePath(BSTR* filePath) = 0;
-    virtual HRESULT STDMETHODCALLTYPE get_Locations(
-        IAppHostConfigLocationCollection** locations) = 0;
+    virtual HRESULT STDMETHODCALLTYPE
+    get_Locations(IAppHostConfigLocationCollection** locations) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetAdminSection(BSTR sectionName, BSTR path,
                                                       IAppHostElement** section) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetMetadata(BSTR metadataType, VARIANT* value) = 0;

@@ -22,8 +22,7 @@ qm::wstring Win32AnsiCodePage::ToWide(std::span<const std::byte> bytes) {
         // A piece must not end inside a double-byte character.
         size_t length = std::min(bytes.size(), kPiece);
         if (length < bytes.size()) {
-            while (length > 1 &&
-                   ::IsDBCSLeadByte(static_cast<BYTE>(bytes[length - 1])) != FALSE) {
+            while (length > 1 && ::IsDBCSLeadByte(static_cast<BYTE>(bytes[length - 1])) != FALSE) {
                 --length;
             }
         }

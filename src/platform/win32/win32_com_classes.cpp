@@ -15,10 +15,9 @@ qm::hresult Win32ComClasses::ProbeAdminBaseClassFactory() {
     // In-process, local and remote servers (21), on this machine: an all-zero server record.
     COSERVERINFO server{};
     ComPtr<IClassFactory> factory;
-    return ::CoGetClassObject(kAdminBaseClass, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER |
-                                                   CLSCTX_REMOTE_SERVER,
-                              &server, IID_IClassFactory,
-                              reinterpret_cast<void**>(factory.receive()));
+    return ::CoGetClassObject(
+        kAdminBaseClass, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER, &server,
+        IID_IClassFactory, reinterpret_cast<void**>(factory.receive()));
 }
 
 }  // namespace webrig::win32

@@ -37,8 +37,8 @@ qm::wstring Win32Modules::ModuleFileName(platform::ModuleHandle module) {
     // Long paths do not fit MAX_PATH: grow the buffer while the name is cut.
     std::vector<wchar_t> buffer(MAX_PATH);
     for (;;) {
-        const DWORD length =
-            ::GetModuleFileNameW(ToHandle(module), buffer.data(), static_cast<DWORD>(buffer.size()));
+        const DWORD length = ::GetModuleFileNameW(ToHandle(module), buffer.data(),
+                                                  static_cast<DWORD>(buffer.size()));
         if (length == 0) {
             return {};
         }

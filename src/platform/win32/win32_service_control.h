@@ -9,8 +9,8 @@ namespace webrig::win32 {
 class Win32ServiceControl final : public platform::ServiceControl {
   public:
     platform::ServiceHandle OpenManager(uint32_t access) override;
-    platform::ServiceHandle OpenNamedService(platform::ServiceHandle manager,
-                                             qm::wstring_view name, uint32_t access) override;
+    platform::ServiceHandle OpenNamedService(platform::ServiceHandle manager, qm::wstring_view name,
+                                             uint32_t access) override;
     bool QueryStatus(platform::ServiceHandle service, platform::ServiceStatus& status) override;
     bool Start(platform::ServiceHandle service) override;
     bool Control(platform::ServiceHandle service, uint32_t control,

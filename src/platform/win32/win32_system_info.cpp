@@ -24,8 +24,7 @@ qm::wstring Folder(Get get) {
 }  // namespace
 
 qm::wstring Win32SystemInfo::WindowsDirectory() {
-    return Folder(
-        [](wchar_t* buffer, UINT size) { return ::GetWindowsDirectoryW(buffer, size); });
+    return Folder([](wchar_t* buffer, UINT size) { return ::GetWindowsDirectoryW(buffer, size); });
 }
 
 qm::wstring Win32SystemInfo::SystemDirectory() {

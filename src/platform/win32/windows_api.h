@@ -11,9 +11,9 @@
 #define UNICODE
 #endif
 
-#include <windows.h>
 #include <objbase.h>
 #include <oleauto.h>
+#include <windows.h>
 
 #include <string>
 
