@@ -11,9 +11,10 @@
 #define UNICODE
 #endif
 
+#include <windows.h>
+// COM and OLE Automation need <windows.h> first.
 #include <objbase.h>
 #include <oleauto.h>
-#include <windows.h>
 
 #include <string>
 

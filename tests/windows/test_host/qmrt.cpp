@@ -3,8 +3,9 @@
 // out the recorder; the recorder's slot 11 takes one record.
 
 #define WIN32_LEAN_AND_MEAN
-#include <oleauto.h>
 #include <windows.h>
+// OLE Automation needs <windows.h> first.
+#include <oleauto.h>
 
 #include <string>
 

@@ -10,8 +10,10 @@
 // - "_ComponentFileInfo": bit 0x40 for the component "Quiet", 0 for the others.
 // Each call is journalled as one line (see TestHostJournal).
 
-#include <oleauto.h>
 #include <stdint.h>
+#include <windows.h>
+// OLE Automation needs <windows.h> first.
+#include <oleauto.h>
 
 extern "C" {
 
