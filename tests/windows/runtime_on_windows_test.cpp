@@ -1,6 +1,6 @@
 // The runtime over the Win32 layer under Wine, where neither IIS service exists and no IIS 7+
-// administration objects are registered: the codes and log lines of initialization, the IIS
-// version from the registry, and an install that finds no IIS without anything escaping.
+// administration objects are registered: the codes and log lines of initialization, and an
+// install that finds no IIS without anything escaping.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -95,27 +95,6 @@ TEST_F(RuntimeOnWindowsTest, TheRestartWithoutW3svcStopsAtOpeningIt) {
     lines->logLines.clear();
     EXPECT_EQ(runtime.RestartW3cService(), -1102);
     EXPECT_THAT(lines->logLines, ElementsAre(u"RestartProp value: 1"));
-}
-
-TEST_F(RuntimeOnWindowsTest, TheIisVersionComesFromMajorVersionInWinesRegistry) {
-    ASSERT_EQ(Initialize(testing::GenerateProject(1)), 0);
-    // No W3SVC parameters: no IIS, and the component has a virtual directory.
-    EXPECT_EQ(runtime.CheckForContinue(u"Component1", 0), -1);
-    EXPECT_EQ(runtime.propertyBag.iisMajorVersion, 0);
-    EXPECT_EQ(runtime.CheckForContinue(u"Component1", 1), 0);
-    EXPECT_EQ(runtime.propertyBag.ignoreIIS, 1);
-
-    HKEY key = nullptr;
-    ASSERT_EQ(::RegCreateKeyExW(HKEY_LOCAL_MACHINE, kW3svcParameters, 0, nullptr, 0,
-                                KEY_ALL_ACCESS | KEY_WOW64_64KEY, nullptr, &key, nullptr),
-              ERROR_SUCCESS);
-    const DWORD version = 10;
-    ::RegSetValueExW(key, L"MajorVersion", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&version),
-                     sizeof(version));
-    ::RegCloseKey(key);
-    EXPECT_EQ(runtime.CheckForContinue(u"Component1", 0), 0);
-    EXPECT_EQ(runtime.propertyBag.iisMajorVersion, 10);
-    EXPECT_EQ(runtime.propertyBag.ignoreIIS, 0);
 }
 
 TEST_F(RuntimeOnWindowsTest, AnInstallOnIis10WithoutIisFailsInsideAndThrowsNothing) {

@@ -21,26 +21,13 @@ class Win32ComTest : public ::testing::Test {
     win32::Win32Platform platform;
 };
 
-TEST_F(Win32ComTest, BstrsAreOleAutomationsOwn) {
-    platform::Automation& automation = platform.automation();
-    const qm::wstring text(u"a\0b\u00e9", 4);
-    platform::Bstr bstr = automation.SysAllocStringLen(text);
-    ASSERT_NE(bstr, nullptr);
-    EXPECT_EQ(automation.SysStringLen(bstr), 4u);
-    EXPECT_EQ(::SysStringByteLen(reinterpret_cast<BSTR>(bstr)), 8u);
-    EXPECT_EQ(qm::wstring(bstr, 4), text);
-    EXPECT_EQ(bstr[4], u'\0');
-    // A host frees with OLE Automation's own allocator.
-    ::SysFreeString(reinterpret_cast<BSTR>(bstr));
-    EXPECT_EQ(automation.SysStringLen(nullptr), 0u);
-    automation.SysFreeString(nullptr);
-}
-
 struct TextCase {
     platform::Variant value;
     qm::wstring text;
 };
 
+// The same texts the simulated machine gives: VariantChangeType without flags writes a
+// VARIANT_BOOL as the 16-bit integer it is.
 TEST_F(Win32ComTest, ValuesBecomeTheTextVariantChangeTypeMakes) {
     const std::vector<TextCase> cases{
         {std::monostate{}, u""},
@@ -57,29 +44,6 @@ TEST_F(Win32ComTest, ValuesBecomeTheTextVariantChangeTypeMakes) {
         EXPECT_EQ(platform.automation().ChangeTypeToText(c.value, text), 0) << qm::to_utf8(c.text);
         EXPECT_EQ(text, c.text);
     }
-}
-
-TEST_F(Win32ComTest, VariantsConvertBothWays) {
-    const std::vector<platform::Variant> values{std::monostate{},
-                                                true,
-                                                int32_t{-7},
-                                                uint32_t{7},
-                                                int64_t{-1} << 40,
-                                                uint64_t{1} << 63,
-                                                qm::wstring(u"x\u4e00")};
-    for (const platform::Variant& value : values) {
-        win32::ScopedVariant variant;
-        ASSERT_EQ(win32::ToVariant(value, variant.get()), 0);
-        platform::Variant back;
-        ASSERT_EQ(win32::FromVariant(variant.get(), back), 0);
-        EXPECT_EQ(back, value);
-    }
-    VARIANT real;
-    real.vt = VT_R8;
-    real.dblVal = 2.5;
-    platform::Variant text;
-    EXPECT_EQ(win32::FromVariant(real, text), 0);
-    EXPECT_EQ(text, platform::Variant(qm::wstring(u"2.5")));
 }
 
 TEST_F(Win32ComTest, TheHostsRecorderIsReachedThroughTheOperationsVariant) {
@@ -105,14 +69,6 @@ TEST_F(Win32ComTest, ARecorderThatRefusesRaisesTheComErrorWithItsCode) {
     } catch (const qm::com_exception& error) {
         EXPECT_EQ(error.error(), static_cast<qm::hresult>(E_ACCESSDENIED));
     }
-}
-
-TEST_F(Win32ComTest, OperationsWithoutADispatchPointerAreRefused) {
-    std::shared_ptr<platform::IHostOperationSource> source;
-    EXPECT_EQ(platform.hostObjects().OperationSourceFrom(nullptr, source), E_POINTER);
-    win32::ScopedVariant empty;
-    EXPECT_EQ(platform.hostObjects().OperationSourceFrom(&empty.get(), source), E_POINTER);
-    EXPECT_EQ(source, nullptr);
 }
 
 TEST_F(Win32ComTest, TheThreadsErrorInformationTravelsInTheComException) {

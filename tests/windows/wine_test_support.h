@@ -71,9 +71,6 @@ class TestService {
     std::wstring m_name;
 };
 
-inline std::wstring Wide(const qm::wstring& text) {
-    return std::wstring(text.begin(), text.end());
-}
 inline qm::wstring Utf16(const std::wstring& text) {
     return qm::wstring(text.begin(), text.end());
 }
