@@ -36,6 +36,8 @@ class CheckIisAdminServiceTest : public ::testing::TestWithParam<AdminCase> {};
 TEST_P(CheckIisAdminServiceTest, StartsTheServiceOrSaysWhyNot) {
     const AdminCase& c = GetParam();
     ScriptedServices machine(c.services);
+    // Writing a log line may change the thread's last error: the start's code must survive it.
+    machine.sink.lastErrorAfterLog = 997;
     CIISPropertyBag bag;
     EXPECT_EQ(CheckIisAdminService(machine.Context(), bag), c.result);
     EXPECT_THAT(machine.sink.logLines, ElementsAreArray(c.lines));
@@ -129,22 +131,6 @@ INSTANTIATE_TEST_SUITE_P(
                   -1102,
                   {u"Unable to open the IIS Admin Service",
                    u"OpenService returned the following: ERROR_ACCESS_DENIED"},
-                  {},
-                  0,
-                  0},
-        AdminCase{"invalid name",
-                  kOpenFails(123),
-                  -1102,
-                  {u"Unable to open the IIS Admin Service",
-                   u"OpenService returned the following: ERROR_INVALID_NAME"},
-                  {},
-                  0,
-                  0},
-        AdminCase{"invalid handle",
-                  kOpenFails(6),
-                  -1102,
-                  {u"Unable to open the IIS Admin Service",
-                   u"OpenService returned the following: ERROR_INVALID_HANDLE"},
                   {},
                   0,
                   0},
