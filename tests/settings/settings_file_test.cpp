@@ -82,16 +82,6 @@ TEST(DecodeSettingsText, ChoosesTheEncodingFromTheFirst1024Bytes) {
     }
 }
 
-TEST(SettingsFileParse, ReadsUtf16AndAnsiFilesAlike) {
-    FakeCodePage ansi;
-    const qm::wstring text = u"[Sec]\r\nName = \x0469 value\r\n";
-    for (const auto& bytes :
-         {testing::Utf16LeWithBom(text), testing::Bytes("[Sec]\r\nName = \xE9 value\r\n")}) {
-        const SettingsFile file = SettingsFile::Parse(bytes, ansi);
-        EXPECT_EQ(file.Find(u"Sec", u"Name"), qm::wstring_view(u" \x0469 value"));
-    }
-}
-
 // ---- Line grammar --------------------------------------------------------------------------
 
 struct GrammarCase {
