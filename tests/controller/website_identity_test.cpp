@@ -60,7 +60,7 @@ TEST(WebsiteExistsLogTest, TellsWhatItFoundAndWhere) {
     bound.website.SiteNumber = u"5";
     bound.website.Port = u"81";
     EXPECT_CALL(bound.backend(), FindSiteWithId(Ref(bound.website))).WillOnce(Return(false));
-    bound.slots().WebsiteExists(bound.website);
+    EXPECT_FALSE(bound.slots().WebsiteExists(bound.website));
     EXPECT_EQ(sink.logLines.front(),
               u"Quillmark project contains a website with name 'Shop', site number '5', and port "
               u"'81'. Checking if it exists...");
