@@ -40,8 +40,8 @@ TEST(LegacyBindingTest, PassesArgumentsAndResultsOnUnchanged) {
         .WillOnce(Return(-17));
     EXPECT_EQ(b.slots().RemoveVirtualDirectory(b.website, b.vroot), -17);
     EXPECT_CALL(b.backend(), CanDeletePath(Eq(u"/LM/W3SVC/1/Root"), Eq(u"Root")))
-        .WillOnce(Return(false));
-    EXPECT_FALSE(b.slots().CanDeletePath(u"/LM/W3SVC/1/Root", u"Root"));
+        .WillOnce(Return(true));
+    EXPECT_TRUE(b.slots().CanDeletePath(u"/LM/W3SVC/1/Root", u"Root"));
     EXPECT_CALL(b.backend(), GetNextWebsiteId(Ref(b.website))).WillOnce([](CIISWebsiteProp& w) {
         w.SiteNumber = u"6";
     });
