@@ -9,12 +9,12 @@
 namespace webrig::sim {
 namespace {
 
-// How far the parser has read: the line of the last character it has taken that is not white
-// space. The parser reports a key as soon as it has read the closing quote, and stops at a number
-// too large right after the number (and at most the white space behind it).
+// How far the parser has read: the line of the last character it has taken other than a line
+// break. The parser reports a key as soon as it has read the closing quote, and stops at a
+// number too large one character after it, so this is the line of the key or the number.
 struct ReadingProgress {
     int lineBreaks = 0;
-    int lastTokenLine = 1;
+    int lastLine = 1;
 };
 
 // Walks the text for the parser and keeps the ReadingProgress.
@@ -33,8 +33,8 @@ class ProgressIterator {
     ProgressIterator& operator++() {
         if (*m_at == '\n') {
             ++m_progress->lineBreaks;
-        } else if (*m_at != ' ' && *m_at != '\t' && *m_at != '\r') {
-            m_progress->lastTokenLine = m_progress->lineBreaks + 1;
+        } else {
+            m_progress->lastLine = m_progress->lineBreaks + 1;
         }
         ++m_at;
         return *this;
@@ -91,7 +91,7 @@ JsonFile::JsonFile(std::string_view text, std::filesystem::path file) : m_file(s
             case Event::array_start:
                 if (open.size() >= kMaxDepth) {
                     throw MachineError(
-                        m_file, progress.lastTokenLine,
+                        m_file, progress.lastLine,
                         "nesting deeper than " + std::to_string(kMaxDepth) + " levels");
                 }
                 open.push_back(Container{open.empty() ? Json::json_pointer() : open.back().Child(),
@@ -101,9 +101,9 @@ JsonFile::JsonFile(std::string_view text, std::filesystem::path file) : m_file(s
                 Container& object = open.back();
                 object.key = parsed.get<std::string>();
                 const auto [earlier, added] =
-                    m_keyLines.emplace(object.Child().to_string(), progress.lastTokenLine);
+                    m_keyLines.emplace(object.Child().to_string(), progress.lastLine);
                 if (!added) {
-                    throw MachineError(m_file, progress.lastTokenLine,
+                    throw MachineError(m_file, progress.lastLine,
                                        "duplicate key \"" + object.key + "\" (first on line " +
                                            std::to_string(earlier->second) + ")");
                 }
@@ -130,7 +130,7 @@ JsonFile::JsonFile(std::string_view text, std::filesystem::path file) : m_file(s
                            ParseErrorText(error));
     } catch (const Json::exception& error) {
         // A number out of range, reported without a position.
-        throw MachineError(m_file, progress.lastTokenLine, ParseErrorText(error));
+        throw MachineError(m_file, progress.lastLine, ParseErrorText(error));
     }
 }
 
