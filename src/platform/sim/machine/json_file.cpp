@@ -26,7 +26,6 @@ class ProgressIterator {
     using pointer = const char*;
     using reference = const char&;
 
-    ProgressIterator() = default;
     ProgressIterator(const char* at, ReadingProgress* progress) : m_at(at), m_progress(progress) {}
 
     reference operator*() const { return *m_at; }
@@ -38,11 +37,6 @@ class ProgressIterator {
         }
         ++m_at;
         return *this;
-    }
-    ProgressIterator operator++(int) {
-        ProgressIterator before = *this;
-        ++*this;
-        return before;
     }
     bool operator==(const ProgressIterator& other) const { return m_at == other.m_at; }
 
@@ -189,24 +183,8 @@ std::optional<uint32_t> WholeNumber(const Json& value, uint32_t maximum) {
 }
 
 std::string DescribeJsonType(Json::value_t type) {
-    switch (type) {
-        case Json::value_t::null:
-            return "null";
-        case Json::value_t::object:
-            return "an object";
-        case Json::value_t::array:
-            return "an array";
-        case Json::value_t::string:
-            return "a string";
-        case Json::value_t::boolean:
-            return "a boolean";
-        case Json::value_t::number_integer:
-        case Json::value_t::number_unsigned:
-        case Json::value_t::number_float:
-            return "a number";
-        default:
-            return "a value";
-    }
+    const std::string name = Json(type).type_name();  // "object", "number", "null", ...
+    return name == "null" ? name : (name[0] == 'o' || name[0] == 'a' ? "an " : "a ") + name;
 }
 
 std::string FormatJson(const Json& document) {

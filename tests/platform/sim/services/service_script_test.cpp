@@ -42,6 +42,7 @@ TEST(ServicesFile, ErrorsNameTheLineAndTheProblem) {
     const std::tuple<const char*, int, const char*> cases[] = {
         {"[]", 1, "services.json must hold an object"},
         {"{\n\"colour\": 1}", 2, "unknown key \"colour\""},
+        {"{\n\"services\": []}", 2, "\"services\" must be an object, not an array"},
         {"{\"services\": {\n\"W3SVC\": {\"state\": \"asleep\"}}}", 2,
          "one of stopped, startPending"},
         {"{\"services\": {\n\"W3SVC\": {\"startType\": \"boot\"}}}", 2,
