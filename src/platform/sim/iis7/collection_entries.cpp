@@ -44,7 +44,7 @@ void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundEleme
             return true;
         });
     };
-    const std::vector<XmlChild>& children = holder.element->children;
+    const XmlList<XmlChild>& children = holder.element->children;
     for (size_t i = 0; i < children.size(); ++i) {
         const XmlElement* element = children[i].element.get();
         if (!element) {

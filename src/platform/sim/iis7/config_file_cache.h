@@ -52,8 +52,10 @@ class ConfigFileCache {
     // Remembers that the file, as `identity` says, was found valid with these declarations.
     void StoreDeclarations(const std::string& path, const FileIdentity& identity,
                            std::shared_ptr<const SectionDeclarations> declarations);
-    // Reads the bytes of a file; nullopt when it cannot be read.
-    static std::optional<std::string> ReadBytes(const std::string& path);
+    // Reads the bytes of a file, and (when asked) the identity of the file read; nullopt when it
+    // cannot be read.
+    static std::optional<std::string> ReadBytes(const std::string& path,
+                                                FileIdentity* identity = nullptr);
 
     // How many times a file was parsed (for tests and benchmarks).
     uint64_t parseCount() const;
