@@ -115,6 +115,49 @@ MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSc
     return merged;
 }
 
+std::shared_ptr<const MergedCollection> CachedEntries(const ConfigElementImpl& owner,
+                                                      const CollectionSchema& collection) {
+    const SectionView& view = *owner.view();
+    std::shared_ptr<MergedViews> views;
+    std::vector<XmlElementPtr> roots;
+    // Entries of an entry's collection are few and merged from one element: not worth keeping.
+    if (!owner.anchor()) {
+        const WorkingFile& appHost = *view.levels.front().file;
+        if (!appHost.Changed()) {
+            views =
+                view.session->machine().cache->MergedViewsOf(appHost.hostPath, appHost.readRoot);
+        }
+        for (const ConfigLevel& level : view.levels) {
+            if (!views || level.file->Changed()) {
+                views = nullptr;
+                break;
+            }
+            // A file that does not exist adds nothing, whatever stands in for it here.
+            roots.push_back(level.file->loaded.document ? level.file->readRoot : nullptr);
+        }
+    }
+    if (!views) {
+        return std::make_shared<const MergedCollection>(MergeEntries(owner, collection));
+    }
+    // The collection, where it lies in the section, and the levels it is merged from.
+    std::string key = std::to_string(reinterpret_cast<uintptr_t>(&collection));
+    for (const std::string& name : owner.names()) {
+        key.append("/").append(name);
+    }
+    for (const ConfigLevel& level : view.levels) {
+        key.append("|").append(level.file->hostPath);
+        for (const qm::wstring& segment : level.location) {
+            key.append("/").append(qm::to_utf8(segment));
+        }
+    }
+    if (std::shared_ptr<const MergedCollection> found = views->Find(key, roots)) {
+        return found;
+    }
+    auto merged = std::make_shared<const MergedCollection>(MergeEntries(owner, collection));
+    views->Store(key, std::move(roots), merged);
+    return merged;
+}
+
 std::shared_ptr<Anchor> AnchorFor(const ConfigElementImpl& owner,
                                   const CollectionSchema& collection,
                                   const MergedCollection& merged, size_t index) {

@@ -3,6 +3,7 @@
 // schema says mergeAppend="false", go before the inherited ones), <remove> drops an inherited
 // entry by its key, <clear> drops all inherited entries.
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,11 @@ struct MergedCollection {
 
 // The entries of the collection `owner` holds, as they apply at the owner's path.
 MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSchema& collection);
+
+// The same, taken from the file cache when no file it comes from has changed since another
+// manager merged it (and kept there for the next one).
+std::shared_ptr<const MergedCollection> CachedEntries(const ConfigElementImpl& owner,
+                                                      const CollectionSchema& collection);
 
 // An anchor for entry `index`, for handing the entry out.
 std::shared_ptr<Anchor> AnchorFor(const ConfigElementImpl& owner,

@@ -30,10 +30,10 @@ ConfigCollectionImpl::ConfigCollectionImpl(std::shared_ptr<ConfigElementImpl> ow
 const MergedCollection& ConfigCollectionImpl::Entries() {
     const uint64_t version = m_owner->view()->session->version();
     if (version != m_version) {
-        m_entries = MergeEntries(*m_owner, m_collection);
+        m_entries = CachedEntries(*m_owner, m_collection);
         m_version = version;
     }
-    return m_entries;
+    return *m_entries;
 }
 
 qm::hresult ConfigCollectionImpl::Count(uint32_t& count) {

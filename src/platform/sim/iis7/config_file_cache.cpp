@@ -116,13 +116,34 @@ std::optional<std::string> ConfigFileCache::ReadBytes(const std::string& path,
     return bytes;
 }
 
+std::shared_ptr<const MergedCollection> MergedViews::Find(
+    const std::string& key, const std::vector<XmlElementPtr>& roots) const {
+    std::lock_guard lock(m_mutex);
+    const auto found = m_views.find(key);
+    if (found == m_views.end() || found->second.roots.size() != roots.size()) {
+        return nullptr;
+    }
+    for (size_t i = 0; i < roots.size(); ++i) {
+        if (found->second.roots[i] != roots[i]) {
+            return nullptr;
+        }
+    }
+    return found->second.merged;
+}
+
+void MergedViews::Store(const std::string& key, std::vector<XmlElementPtr> roots,
+                        std::shared_ptr<const MergedCollection> merged) {
+    std::lock_guard lock(m_mutex);
+    m_views[key] = View{std::move(roots), std::move(merged)};
+}
+
 LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& displayName) {
     const FileIdentity identity = IdentifyFile(path);
     {
         std::lock_guard lock(m_mutex);
         const auto found = m_files.find(path);
-        if (found != m_files.end() && found->second.identity == identity) {
-            return found->second;
+        if (found != m_files.end() && found->second.file.identity == identity) {
+            return found->second.file;
         }
     }
     if (!identity.exists) {
@@ -138,10 +159,11 @@ LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& dis
     {
         std::lock_guard lock(m_mutex);
         const auto found = m_files.find(path);
-        if (found != m_files.end() && found->second.contentHash == hash &&
-            found->second.identity.size == bytes->size()) {
-            found->second.identity = readIdentity;
-            return found->second;
+        if (found != m_files.end() && found->second.file.contentHash == hash &&
+            found->second.file.identity.size == bytes->size()) {
+            // The same document: what was merged from it still holds.
+            found->second.file.identity = readIdentity;
+            return found->second.file;
         }
     }
     std::shared_ptr<XmlDocument> document;
@@ -159,22 +181,36 @@ LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& dis
     LoadedFile loaded{readIdentity, hash, std::move(document), nullptr};
     std::lock_guard lock(m_mutex);
     ++m_parses;
-    m_files[path] = loaded;
+    m_files[path] = Entry{loaded, nullptr};
     return loaded;
 }
 
 void ConfigFileCache::Store(const std::string& path, LoadedFile file) {
     std::lock_guard lock(m_mutex);
-    m_files[path] = std::move(file);
+    m_files[path] = Entry{std::move(file), nullptr};
 }
 
 void ConfigFileCache::StoreDeclarations(const std::string& path, const FileIdentity& identity,
                                         std::shared_ptr<const SectionDeclarations> declarations) {
     std::lock_guard lock(m_mutex);
     const auto found = m_files.find(path);
-    if (found != m_files.end() && found->second.identity == identity) {
-        found->second.declarations = std::move(declarations);
+    if (found != m_files.end() && found->second.file.identity == identity) {
+        found->second.file.declarations = std::move(declarations);
     }
+}
+
+std::shared_ptr<MergedViews> ConfigFileCache::MergedViewsOf(const std::string& path,
+                                                            const XmlElementPtr& root) {
+    std::lock_guard lock(m_mutex);
+    const auto found = m_files.find(path);
+    if (found == m_files.end() || !found->second.file.document ||
+        found->second.file.document->root != root) {
+        return nullptr;
+    }
+    if (!found->second.merged) {
+        found->second.merged = std::make_shared<MergedViews>();
+    }
+    return found->second.merged;
 }
 
 uint64_t ConfigFileCache::parseCount() const {
