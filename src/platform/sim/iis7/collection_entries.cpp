@@ -28,11 +28,13 @@ void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundEleme
     const std::string removeName = qm::to_utf8(collection.removeElement);
     const std::vector<std::string> addNames = AddNames(collection);
     // Entries of one collection nearly always share one name: look its schema up once.
-    std::string lastName;
+    std::string_view lastName;
     const ElementSchema* lastSchema = nullptr;
+    bool reserved = false;
     const size_t base = merged.bases.size();
     merged.bases.push_back(holder.path);
     std::vector<MergedEntry> local;
+    local.reserve(holder.element->children.size());
     const auto drop = [&](std::vector<MergedEntry>& entries, const XmlElement& remove) {
         std::erase_if(entries, [&](const MergedEntry& entry) {
             if (!SameKey(*entry.schema, *entry.element, remove)) {
@@ -63,6 +65,10 @@ void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundEleme
             if (element->name != lastName) {
                 lastName = element->name;
                 lastSchema = ownerSchema.FindEntry(qm::from_utf8(element->name));
+                if (keys && lastSchema && !reserved) {
+                    keys->Reserve(*lastSchema, children.size() - i);
+                    reserved = true;
+                }
             }
             if (const ElementSchema* schema = lastSchema) {
                 if (keys) {
@@ -73,9 +79,14 @@ void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundEleme
                                  "): " + CollectionKeys::ClashText(*schema, *element, clash.key));
                     }
                 }
-                local.push_back({element, schema, level, base, {element->id, i}});
+                local.push_back({element, schema, static_cast<uint32_t>(level),
+                                 static_cast<uint32_t>(base), static_cast<uint32_t>(i)});
             }
         }
+    }
+    if (merged.entries.empty()) {
+        merged.entries = std::move(local);
+        return;
     }
     const auto at = collection.mergeAppend ? merged.entries.end() : merged.entries.begin();
     merged.entries.insert(at, local.begin(), local.end());
@@ -164,7 +175,7 @@ std::shared_ptr<Anchor> AnchorFor(const ConfigElementImpl& owner,
     const MergedEntry& entry = merged.entries[index];
     auto anchor = std::make_shared<Anchor>();
     anchor->path = merged.bases[entry.base];
-    anchor->path.push_back(entry.step);
+    anchor->path.push_back(entry.Step());
     anchor->level = entry.level;
     anchor->collection = &collection;
     anchor->ownerSchema = owner.schema();

@@ -16,9 +16,12 @@ namespace webrig::sim::iis7 {
 struct MergedEntry {
     const XmlElement* element = nullptr;
     const ElementSchema* schema = nullptr;
-    size_t level = 0;
-    size_t base = 0;  // the way to the collection's element, in MergedCollection::bases
-    PathStep step;    // the entry below it
+    uint32_t level = 0;
+    uint32_t base = 0;   // the way to the collection's element, in MergedCollection::bases
+    uint32_t index = 0;  // of the entry among that element's children, when merged
+
+    // The step from the collection's element to the entry.
+    PathStep Step() const { return {element->id, index}; }
 };
 
 struct MergedCollection {

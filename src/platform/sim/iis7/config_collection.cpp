@@ -160,13 +160,14 @@ void ConfigCollectionImpl::Delete(uint32_t index) {
     }
     SectionView& view = *m_owner->view();
     const MergedEntry entry = merged.entries[index];
+    const uint64_t id = entry.element->id;
     std::shared_ptr<Anchor> anchor = AnchorFor(*m_owner, m_collection, merged, index);
     if (AnchorLevel(view, *anchor) == view.target) {
         // The holder of the entry: its anchor without the last step.
         Anchor holderAnchor = *anchor;
         holderAnchor.path.pop_back();
         XmlElement& holder = MutableAnchor(view, holderAnchor);
-        RemoveChildElement(holder, ChildIndexOf(holder, entry.step.id));
+        RemoveChildElement(holder, ChildIndexOf(holder, id));
     } else {
         if (m_owner->anchor() || m_collection.removeElement.empty()) {
             Fail(qm::hr::lock_violation,

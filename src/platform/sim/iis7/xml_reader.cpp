@@ -77,8 +77,10 @@ class Reader {
             Fail(1, "the file is UTF-16; configuration files are read as UTF-8");
         }
         CheckEncoding(start);
-        XmlElement* root = NewElement(nullptr);
+        XmlElement* root = NewElement(m_begin);
+        root->sourceLength = static_cast<uint32_t>(m_end - m_begin);
         root->selfClosing = false;
+        root->topLevel = true;
         const char* p = start;
         const char* markup = start;
         XmlElement* top = nullptr;
@@ -118,7 +120,7 @@ class Reader {
         if (!top) {
             Fail(LineAt(p), "the file holds no root element");
         }
-        root->trailing = Span(markup, m_end);
+        SetTrailing(*root, markup, m_end);
         auto* children = m_store.Allocate<XmlChild>(1);
         new (children) XmlChild{XmlStore::Pointer(top), topMarkup};
         root->children = XmlList<XmlChild>::InStore(children, 1);
@@ -194,7 +196,6 @@ class Reader {
         }
         auto* element = new (m_store.Allocate<XmlElement>(1)) XmlElement();
         element->id = m_nextId++;
-        element->store = &m_store;
         element->source = source;
         return element;
     }
@@ -323,7 +324,7 @@ class Reader {
         XmlAttribute attribute;
         attribute.inText = true;
         attribute.asWritten = true;
-        attribute.name = ReadName(p);
+        attribute.SetName(ReadName(p));
         SkipSpace(p);
         Expect(p, '=', "\"=\" after an attribute name");
         SkipSpace(p);
@@ -397,9 +398,9 @@ class Reader {
             }
             XmlAttribute attribute = ReadAttribute(p);
             for (const XmlAttribute& earlier : m_attributes) {
-                if (earlier.name == attribute.name) {
+                if (earlier.Name() == attribute.Name()) {
                     Fail(LineAt(p),
-                         "the attribute \"" + attribute.name + "\" appears twice in one element");
+                         "the attribute \"" + attribute.Name() + "\" appears twice in one element");
                 }
             }
             m_attributes.push_back(attribute);
@@ -418,6 +419,11 @@ class Reader {
         ++p;
         element->selfClosing = false;
         return element;
+    }
+
+    static void SetTrailing(XmlElement& element, const char* begin, const char* end) {
+        element.trailingOffset = static_cast<uint32_t>(begin - element.source);
+        element.trailingLength = static_cast<uint32_t>(end - begin);
     }
 
     void Finish(XmlElement& element, const char* end) {
@@ -441,7 +447,7 @@ class Reader {
         if (!m_firstChildIndent.empty()) {
             return;
         }
-        const bool parentIndented = !parent.documentElement && !IndentBefore(parent.source).empty();
+        const bool parentIndented = !parent.topLevel && !IndentBefore(parent.source).empty();
         if (!parentIndented) {
             m_firstChildIndent = IndentBefore(child);
         }
@@ -450,7 +456,7 @@ class Reader {
     // The document element and everything in it, from its "<" at p.
     XmlElement* ReadTree(const char*& p) {
         XmlElement* top = ReadStartTag(p);
-        top->documentElement = true;
+        top->topLevel = true;
         if (top->selfClosing) {
             return top;
         }
@@ -481,7 +487,7 @@ class Reader {
                 }
                 SkipSpace(p);
                 Expect(p, '>', "\">\" to end the end tag");
-                element.trailing = Span(markup, begin);
+                SetTrailing(element, markup, begin);
                 const size_t count = m_children.size() - open.firstChild;
                 if (count != 0) {
                     auto* children = m_store.Allocate<XmlChild>(count);
@@ -623,6 +629,10 @@ class Reader {
 }  // namespace
 
 XmlDocument ReadXml(std::shared_ptr<const std::string> text) {
+    // Positions in a document are kept in 32 bits.
+    if (text->size() > UINT32_MAX) {
+        throw XmlSyntaxError(1, "the file is larger than 4 GB");
+    }
     auto store = std::make_shared<XmlStore>(std::move(text));
     return Reader(*store).Read(store);
 }

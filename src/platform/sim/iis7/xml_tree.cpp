@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <map>
+#include <mutex>
 #include <stdexcept>
 #include <vector>
 
@@ -55,6 +57,13 @@ struct ChangedElement final : XmlElement {
     std::vector<std::shared_ptr<const std::string>> strings;
     XmlText indent;
     bool hasIndent = false;
+    XmlText trailing;
+    bool hasTrailing = false;
+
+    void SetTrailing(std::string_view text) {
+        trailing = Own(text);
+        hasTrailing = true;
+    }
 
     XmlText Own(std::string_view text) {
         if (text.empty()) {
@@ -76,7 +85,6 @@ ChangedElement& Changing(XmlElement& element) {
 std::shared_ptr<ChangedElement> CopyOf(const XmlElement& element) {
     auto copy = std::make_shared<ChangedElement>();
     static_cast<XmlElement&>(*copy) = element;
-    copy->store = nullptr;
     copy->changed = true;
     copy->asWritten = false;
     if (element.changed) {
@@ -85,8 +93,13 @@ std::shared_ptr<ChangedElement> CopyOf(const XmlElement& element) {
         copy->strings = from.strings;
         copy->indent = from.indent;
         copy->hasIndent = from.hasIndent;
-    } else if (element.store) {
-        copy->keep = element.store->shared_from_this();
+        copy->trailing = from.trailing;
+        copy->hasTrailing = from.hasTrailing;
+    } else {
+        copy->keep = XmlStore::Holding(element);
+        if (!copy->keep) {
+            throw std::logic_error("an element of a store nobody holds cannot be copied");
+        }
     }
     return copy;
 }
@@ -152,8 +165,8 @@ void Reindent(ChangedElement& element, const std::string& indent, const XmlLayou
             child.markup = element.Own(layout.newline + indent + layout.indentUnit);
         }
     }
-    if (IsLineBreak(element.trailing)) {
-        element.trailing = element.Own(layout.newline + indent);
+    if (IsLineBreak(element.Trailing())) {
+        element.SetTrailing(layout.newline + indent);
     }
 }
 
@@ -171,7 +184,7 @@ void AppendStartTag(const XmlElement& element, std::string& out) {
         } else {
             out += lead;
         }
-        out += attribute.name;
+        out += attribute.Name();
         out += '=';
         out += attribute.quote;
         AppendEscapedAttribute(attribute.value, attribute.quote, out);
@@ -214,11 +227,11 @@ std::string_view XmlAttribute::Lead() const {
         return {};
     }
     // The character before the white space is the element's name or a quote.
-    const char* start = name.data();
+    const char* start = m_name;
     while (IsSpace(start[-1])) {
         --start;
     }
-    return {start, static_cast<size_t>(name.data() - start)};
+    return {start, static_cast<size_t>(m_name - start)};
 }
 
 std::string_view XmlAttribute::Written() const {
@@ -226,7 +239,7 @@ std::string_view XmlAttribute::Written() const {
         return {};
     }
     const std::string_view lead = Lead();
-    const char* at = name.data() + name.size();
+    const char* at = m_name + m_nameLength;
     while (*at != quote) {
         ++at;
     }
@@ -238,8 +251,42 @@ std::string_view XmlAttribute::Written() const {
     return {lead.data(), static_cast<size_t>(at - lead.data())};
 }
 
+namespace {
+
+// The blocks of the stores whose elements a change may copy: where each starts, where it ends
+// and whose it is.
+struct StoreRegistry {
+    struct Entry {
+        const char* end;
+        std::weak_ptr<const XmlStore> store;
+    };
+    std::mutex mutex;
+    std::map<const char*, Entry, std::greater<>> blocks;
+};
+
+StoreRegistry& Registry() {
+    // Never destroyed: stores held by static caches go after every static object.
+    static auto* registry = new StoreRegistry;
+    return *registry;
+}
+
+}  // namespace
+
+std::shared_ptr<const XmlStore> XmlStore::Holding(const XmlElement& element) {
+    const auto* at = reinterpret_cast<const char*>(&element);
+    StoreRegistry& registry = Registry();
+    std::lock_guard lock(registry.mutex);
+    // The block that starts last at or before the element.
+    const auto found = registry.blocks.lower_bound(at);
+    if (found == registry.blocks.end() || at >= found->second.end) {
+        return nullptr;
+    }
+    return found->second.store.lock();
+}
+
 struct XmlStore::Block {
     Block* next;
+    const char* end;
 };
 
 XmlStore::XmlStore(std::shared_ptr<const std::string> text) : m_text(std::move(text)) {
@@ -248,6 +295,13 @@ XmlStore::XmlStore(std::shared_ptr<const std::string> text) : m_text(std::move(t
 }
 
 XmlStore::~XmlStore() {
+    if (m_blocks) {
+        StoreRegistry& registry = Registry();
+        std::lock_guard lock(registry.mutex);
+        for (const Block* block = m_blocks; block; block = block->next) {
+            registry.blocks.erase(reinterpret_cast<const char*>(block));
+        }
+    }
     while (m_blocks) {
         Block* next = m_blocks->next;
         ::operator delete(m_blocks);
@@ -267,7 +321,14 @@ void* XmlStore::AllocateBytes(size_t size, size_t alignment) {
     const size_t room = std::max(m_blockSize, size);
     auto* block = static_cast<Block*>(::operator new(header + room));
     block->next = m_blocks;
+    block->end = reinterpret_cast<char*>(block) + header + room;
     m_blocks = block;
+    {
+        // Changes copy elements of the store only while someone holds it in a shared_ptr.
+        StoreRegistry& registry = Registry();
+        std::lock_guard lock(registry.mutex);
+        registry.blocks[reinterpret_cast<const char*>(block)] = {block->end, weak_from_this()};
+    }
     char* data = reinterpret_cast<char*>(block) + header;
     if (room == size && m_next) {
         // A large list gets a block of its own; the current block stays in use.
@@ -296,6 +357,16 @@ std::shared_ptr<XmlElement> NewXmlElement(std::string_view name) {
     return element;
 }
 
+XmlText XmlElement::Trailing() const {
+    if (changed) {
+        const auto& self = static_cast<const ChangedElement&>(*this);
+        if (self.hasTrailing) {
+            return self.trailing;
+        }
+    }
+    return source ? XmlText(source + trailingOffset, trailingLength) : XmlText();
+}
+
 std::string_view XmlElement::Indent() const {
     if (changed) {
         const auto& self = static_cast<const ChangedElement&>(*this);
@@ -303,7 +374,7 @@ std::string_view XmlElement::Indent() const {
             return self.indent;
         }
     }
-    if (!source || documentElement) {
+    if (!source || topLevel) {
         return {};
     }
     // The white space between the line break before the element and the element.
@@ -319,7 +390,7 @@ std::string_view XmlElement::Indent() const {
 
 const XmlAttribute* XmlElement::FindAttribute(std::string_view attribute) const {
     for (const XmlAttribute& candidate : attributes) {
-        if (candidate.name == attribute) {
+        if (candidate.Name() == attribute) {
             return &candidate;
         }
     }
@@ -330,7 +401,7 @@ void XmlElement::SetAttribute(std::string_view attribute, std::string_view value
     ChangedElement& self = Changing(*this);
     asWritten = false;
     for (XmlAttribute& candidate : attributes) {
-        if (candidate.name == attribute) {
+        if (candidate.Name() == attribute) {
             if (candidate.value != value) {
                 candidate.value = self.Own(value);
                 candidate.asWritten = false;
@@ -339,14 +410,14 @@ void XmlElement::SetAttribute(std::string_view attribute, std::string_view value
         }
     }
     XmlAttribute added;
-    added.name = self.Own(attribute);
+    added.SetName(self.Own(attribute));
     added.value = self.Own(value);
     attributes.push_back(added);
 }
 
 bool XmlElement::RemoveAttribute(std::string_view attribute) {
     for (size_t i = 0; i < attributes.size(); ++i) {
-        if (std::as_const(attributes)[i].name == attribute) {
+        if (std::as_const(attributes)[i].Name() == attribute) {
             attributes.erase(i, i + 1);
             asWritten = false;
             return true;
@@ -382,8 +453,8 @@ void InsertChildElement(XmlElement& parent, size_t before, XmlElementPtr child,
     const XmlText lineBreak = self.Own(layout.newline + indent);
     if (self.children.empty()) {
         // Only white space (or nothing) inside: the element now spans lines.
-        if (IsWhiteSpace(self.trailing)) {
-            self.trailing = self.Own(layout.newline + std::string(self.Indent()));
+        if (IsWhiteSpace(self.Trailing())) {
+            self.SetTrailing(layout.newline + std::string(self.Indent()));
         }
         self.children.push_back(XmlChild{std::move(child), lineBreak});
         if (self.selfClosing) {
@@ -415,8 +486,12 @@ void RemoveChildElement(XmlElement& parent, size_t index) {
     if (kept.empty()) {
         return;
     }
-    XmlText& next = index < self.children.size() ? self.children[index].markup : self.trailing;
-    next = self.Own(std::string(kept) + std::string(next));
+    if (index < self.children.size()) {
+        XmlText& next = self.children[index].markup;
+        next = self.Own(std::string(kept) + std::string(next));
+    } else {
+        self.SetTrailing(std::string(kept) + std::string(self.Trailing()));
+    }
 }
 
 const XmlElement* XmlDocument::DocumentElement() const {
@@ -477,7 +552,7 @@ void RenderXmlElement(const XmlElement& element, std::string& out) {
         out += child.markup;
         RenderXmlElement(*child.element, out);
     }
-    out += element.trailing;
+    out += element.Trailing();
     if (element.source && !WrittenSelfClosing(element)) {
         out += WrittenEndTag(element);
     } else {
@@ -498,7 +573,7 @@ std::string RenderXml(const XmlDocument& document) {
         out += child.markup;
         RenderXmlElement(*child.element, out);
     }
-    out += document.root->trailing;
+    out += document.root->Trailing();
     return out;
 }
 

@@ -190,21 +190,31 @@ class XmlList {
     uint32_t m_capacity = 0;  // 0: the items lie in a store (or there are none)
 };
 
-struct XmlAttribute {
-    XmlText name;
-    XmlText value;  // decoded
+class XmlAttribute {
+    // Laid out to take 32 bytes: a file holds many attributes.
+    const char* m_name = nullptr;
+    uint32_t m_nameLength = 0;
+
+  public:
     char quote = '"';
     // The name lies in the document's text, after the white space that led it there; new
     // attributes are led by one space.
     bool inText = false;
     // The attribute is exactly as the file has it.
     bool asWritten = false;
+    XmlText value;  // decoded
 
+    XmlText Name() const { return {m_name, m_nameLength}; }
+    void SetName(std::string_view name) {
+        m_name = name.data();
+        m_nameLength = static_cast<uint32_t>(name.size());
+    }
     // The white space before the name, kept when the value changes.
     std::string_view Lead() const;
     // The attribute as the file has it, with the white space before it.
     std::string_view Written() const;
 };
+static_assert(sizeof(XmlAttribute) <= 32);
 
 class XmlStore;
 struct XmlElement;
@@ -223,14 +233,15 @@ struct XmlElement {
     XmlText name;
     XmlList<XmlAttribute> attributes;
     XmlList<XmlChild> children;
-    // The markup after the last child element (for an element without children, its content).
-    XmlText trailing;
-    // The store of an element the reader made; null for elements made or copied since.
-    const XmlStore* store = nullptr;
-    // The element as written, from "<" over its end tag; null for new elements.
+    // The element as written, from "<" over its end tag; null for new elements. (A document's
+    // root points to the whole text.)
     const char* source = nullptr;
     uint32_t sourceLength = 0;
     int line = 0;
+    // Where the markup after the last child (for an element without children, its content) lies
+    // in `source`, until a change sets it.
+    uint32_t trailingOffset = 0;
+    uint32_t trailingLength = 0;
     // Written as "<name ... />" (or was, before children were added).
     bool selfClosing = true;
     // Nothing in the element has changed since it was read.
@@ -239,8 +250,8 @@ struct XmlElement {
     bool trimTagTail = false;
     // Made by a change: an XmlElement that owns the strings of its changes.
     bool changed = false;
-    // The root element of its file, which is never indented.
-    bool documentElement = false;
+    // A document's root or its document element, which are never indented.
+    bool topLevel = false;
 
     const XmlAttribute* FindAttribute(std::string_view attribute) const;
     // Sets (or adds, at the end) an attribute; the element is no longer as written.
@@ -250,13 +261,17 @@ struct XmlElement {
 
     // The element as written.
     std::string_view Written() const { return {source, sourceLength}; }
+    // The markup after the last child element.
+    XmlText Trailing() const;
     // The white space that starts the element's line; new children are indented from it.
     std::string_view Indent() const;
 };
+static_assert(sizeof(XmlElement) <= 88);
 
 // Where a read document's text and elements live. Elements in a store are reached through
 // pointers that do not count references (XmlDocument::root and elements made by changes keep
-// the store alive), so reading a file allocates a few large blocks and no reference counts.
+// the store alive), so reading a file allocates a few large blocks and counts no references.
+// Elements do not point to their store, to stay small: a change finds it from their address.
 class XmlStore : public std::enable_shared_from_this<XmlStore> {
   public:
     explicit XmlStore(std::shared_ptr<const std::string> text);
@@ -265,6 +280,8 @@ class XmlStore : public std::enable_shared_from_this<XmlStore> {
     XmlStore& operator=(const XmlStore&) = delete;
 
     const std::string& text() const noexcept { return *m_text; }
+    // The store `element` lies in, if it lies in one that is held by a shared_ptr.
+    static std::shared_ptr<const XmlStore> Holding(const XmlElement& element);
 
     // Room for `count` objects of T, which the store never destroys: T must need no destruction
     // beyond freeing its memory.
