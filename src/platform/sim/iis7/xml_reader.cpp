@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 #include <vector>
 
@@ -13,12 +12,31 @@ bool IsSpace(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
-bool IsNameStart(unsigned char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == ':' || c >= 0x80;
+// Name characters as configuration files use them: ASCII letters, digits, "_", ":", "-", ".",
+// and every byte of a multi-byte character.
+constexpr std::array<bool, 256> kNameStarts = [] {
+    std::array<bool, 256> starts{};
+    for (int c = 0; c < 256; ++c) {
+        starts[c] =
+            (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == ':' || c >= 0x80;
+    }
+    return starts;
+}();
+
+constexpr std::array<bool, 256> kNameChars = [] {
+    std::array<bool, 256> chars = kNameStarts;
+    for (const char c : {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', '-', '.'}) {
+        chars[static_cast<unsigned char>(c)] = true;
+    }
+    return chars;
+}();
+
+bool IsNameStart(char c) {
+    return kNameStarts[static_cast<unsigned char>(c)];
 }
 
-bool IsNameChar(unsigned char c) {
-    return IsNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+bool IsNameChar(char c) {
+    return kNameChars[static_cast<unsigned char>(c)];
 }
 
 // Characters that end the plain part of an attribute value.
@@ -162,21 +180,26 @@ class Reader {
 
     // "\n" in [begin, end), eight bytes at a time.
     static size_t CountLineBreaks(const char* begin, const char* end) {
+        size_t count = 0;
+        uint64_t word = 0;
+        for (; end - begin >= 8; begin += 8) {
+            std::memcpy(&word, begin, 8);
+            count += LineBreaksIn(word);
+        }
+        // The last bytes in a word whose other bytes are zero, which is no line break.
+        word = 0;
+        std::memcpy(&word, begin, static_cast<size_t>(end - begin));
+        return count + LineBreaksIn(word);
+    }
+
+    static size_t LineBreaksIn(uint64_t word) {
         constexpr uint64_t kOnes = 0x0101010101010101ull;
         constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7Full;
-        size_t count = 0;
-        for (; end - begin >= 8; begin += 8) {
-            uint64_t word = 0;
-            std::memcpy(&word, begin, 8);
-            word ^= kOnes * '\n';
-            // The high bit of each byte that was a line break, and of no other byte.
-            const uint64_t zero = ~(((word & kLow7) + kLow7) | word | kLow7);
-            count += static_cast<size_t>(std::popcount(zero));
-        }
-        for (; begin < end; ++begin) {
-            count += *begin == '\n';
-        }
-        return count;
+        word ^= kOnes * '\n';
+        // One in each byte that was a line break, none in the others; the multiplication adds
+        // the bytes up in the top one.
+        const uint64_t found = ~(((word & kLow7) + kLow7) | word | kLow7) >> 7;
+        return static_cast<size_t>((found * kOnes) >> 56);
     }
 
     static XmlText Span(const char* begin, const char* end) {
@@ -231,7 +254,7 @@ class Reader {
 
     void SkipProcessingInstruction(const char*& p) {
         p += 2;
-        if (p >= m_end || !IsNameStart(static_cast<unsigned char>(*p))) {
+        if (p >= m_end || !IsNameStart(*p)) {
             Fail(LineAt(p), "a processing instruction without a target");
         }
         SkipTo(p, "?>", "a processing instruction");
@@ -251,12 +274,12 @@ class Reader {
 
     XmlText ReadName(const char*& p) {
         const char* begin = p;
-        if (p >= m_end || !IsNameStart(static_cast<unsigned char>(*p))) {
+        if (p >= m_end || !IsNameStart(*p)) {
             Fail(LineAt(p),
                  p >= m_end ? "the file ends where a name should be" : "expected a name");
         }
         ++p;
-        while (p < m_end && IsNameChar(static_cast<unsigned char>(*p))) {
+        while (p < m_end && IsNameChar(*p)) {
             ++p;
         }
         return Span(begin, p);
