@@ -243,7 +243,7 @@ std::vector<SectionSchema> Sections() {
                 WithCollection(Element(u"httpErrors", {}), error, u"remove", u"clear")));
     sections.push_back(
         Section(u"system.webServer/asp",
-                Element(u"asp", {},
+                Element(u"asp", {Bool(u"enableParentPaths", false)},
                         {Element(u"limits", {Span(u"scriptTimeout", u"00:01:30", 86400, 1)}),
                          Element(u"session", {Span(u"timeout", u"00:20:00", 365 * 86400, 60)})})));
     sections.push_back(

@@ -50,6 +50,25 @@ FoundElement Descend(FoundElement start, const std::vector<std::string>& names) 
     return start;
 }
 
+// Every element `names` lead to below `start`: a section group may be written more than once in
+// a file, and each copy may hold other sections.
+void CollectSections(const FoundElement& start, const std::vector<std::string>& names, size_t depth,
+                     std::vector<FoundElement>& found) {
+    if (depth == names.size()) {
+        found.push_back(start);
+        return;
+    }
+    const std::vector<XmlChild>& children = start.element->children;
+    for (size_t i = 0; i < children.size(); ++i) {
+        const XmlElement* child = children[i].element.get();
+        if (child && child->name == names[depth]) {
+            FoundElement next{child, start.path};
+            next.path.push_back({child->id, i});
+            CollectSections(next, names, depth + 1, found);
+        }
+    }
+}
+
 bool HasDelegationAttribute(const XmlElement& location) {
     return location.FindAttribute("overrideMode") || location.FindAttribute("allowOverride");
 }
@@ -328,10 +347,9 @@ std::vector<FoundElement> ConfigSession::SectionsAt(
     const size_t rootIndex = document.DocumentElementIndex();
     const XmlElement& configuration = *document.root->children[rootIndex].element;
     const FoundElement start{&configuration, {{configuration.id, rootIndex}}};
+    // A <location path=""> tag holds settings of the file's own level, as the file itself does.
     if (level.location.empty()) {
-        if (FoundElement section = Descend(start, sectionNames); section.element) {
-            found.push_back(std::move(section));
-        }
+        CollectSections(start, sectionNames, 0, found);
     }
     for (size_t i = 0; i < configuration.children.size(); ++i) {
         const XmlElement* location = configuration.children[i].element.get();
@@ -342,10 +360,15 @@ std::vector<FoundElement> ConfigSession::SectionsAt(
         FoundElement at = start;
         at.element = location;
         at.path.push_back({location->id, i});
-        if (FoundElement section = Descend(at, sectionNames); section.element) {
-            found.push_back(std::move(section));
-        }
+        CollectSections(at, sectionNames, 0, found);
     }
+    return found;
+}
+
+std::vector<FoundElement> FindSections(const XmlElement& parent,
+                                       const std::vector<std::string>& names) {
+    std::vector<FoundElement> found;
+    CollectSections({&parent, {}}, names, 0, found);
     return found;
 }
 
@@ -377,42 +400,45 @@ ConfigSession::Writable ConfigSession::EnsureSection(const ConfigLevel& level,
                                                      const std::vector<std::string>& sectionNames,
                                                      const std::vector<std::string>& childNames) {
     WorkingFile& file = *level.file;
-    const size_t rootIndex = file.document.DocumentElementIndex();
-    Writable at{nullptr, {{file.document.root->children[rootIndex].element->id, rootIndex}}};
-    XmlElement* parent = &MutableAt(file, at.path);
     const XmlLayout& layout = file.document.layout;
-    if (!level.location.empty()) {
-        // Prefer the tag that already holds the section, then one that only carries settings.
-        size_t chosen = std::string::npos;
-        size_t plain = std::string::npos;
-        for (size_t i = 0; i < parent->children.size(); ++i) {
-            const XmlElement* location = parent->children[i].element.get();
-            if (!location || location->name != "location" ||
-                !SameSegments(LocationSegments(*location), level.location)) {
-                continue;
+    Writable at;
+    XmlElement* parent = nullptr;
+    std::vector<std::string> names;
+    // The section's one definition for this path, wherever the file keeps it (at the top, or in a
+    // <location> tag for the path), receives the change.
+    if (const std::vector<FoundElement> existing = SectionsAt(level, sectionNames);
+        !existing.empty()) {
+        at.path = existing.front().path;
+        parent = &MutableAt(file, at.path);
+    } else {
+        const size_t rootIndex = file.document.DocumentElementIndex();
+        at.path = {{file.document.root->children[rootIndex].element->id, rootIndex}};
+        parent = &MutableAt(file, at.path);
+        if (!level.location.empty()) {
+            // A tag for the path that only carries settings; one that delegates would lock or
+            // unlock the section too.
+            size_t chosen = std::string::npos;
+            for (size_t i = 0; i < parent->children.size(); ++i) {
+                const XmlElement* location = parent->children[i].element.get();
+                if (location && location->name == "location" &&
+                    SameSegments(LocationSegments(*location), level.location) &&
+                    !HasDelegationAttribute(*location)) {
+                    chosen = i;
+                    break;
+                }
             }
-            if (Descend({location, {}}, sectionNames).element) {
-                chosen = i;
-                break;
+            if (chosen == std::string::npos) {
+                auto location = NewXmlElement("location");
+                location->SetAttribute(
+                    "path", qm::to_utf8(JoinSegments(level.location, 0, level.location.size())));
+                InsertChildElement(*parent, std::string::npos, location, layout);
+                chosen = FindChildIndex(*parent, {location->id, 0});
             }
-            if (plain == std::string::npos && !HasDelegationAttribute(*location)) {
-                plain = i;
-            }
+            at.path.push_back({parent->children[chosen].element->id, chosen});
+            parent = &MakeMutable(parent->children[chosen].element);
         }
-        if (chosen == std::string::npos) {
-            chosen = plain;
-        }
-        if (chosen == std::string::npos) {
-            auto location = NewXmlElement("location");
-            location->SetAttribute(
-                "path", qm::to_utf8(JoinSegments(level.location, 0, level.location.size())));
-            InsertChildElement(*parent, std::string::npos, location, layout);
-            chosen = FindChildIndex(*parent, {location->id, 0});
-        }
-        at.path.push_back({parent->children[chosen].element->id, chosen});
-        parent = &MakeMutable(parent->children[chosen].element);
+        names = sectionNames;
     }
-    std::vector<std::string> names = sectionNames;
     names.insert(names.end(), childNames.begin(), childNames.end());
     for (const std::string& name : names) {
         size_t index = FindChildIndexByName(*parent, name);

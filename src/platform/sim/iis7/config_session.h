@@ -119,7 +119,8 @@ class ConfigSession {
     std::vector<ConfigLevel> LevelsFor(const std::vector<qm::wstring>& path);
 
     // The section elements a level holds for `sectionNames` (the section's name split at "/"),
-    // in file order; missing ones are left out.
+    // in file order: at the file's own level the top-level ones and those of <location path="">
+    // tags. More than one is a second definition, which IIS refuses.
     std::vector<FoundElement> SectionsAt(const ConfigLevel& level,
                                          const std::vector<std::string>& sectionNames) const;
 
@@ -128,7 +129,8 @@ class ConfigSession {
     // The element at `path`, made changeable (elements on the way are copied when shared).
     XmlElement& MutableAt(WorkingFile& file, const NodePath& path);
     // The element below the section element of `level` that `names` lead to (the section's own
-    // name split at "/", then child names), created with its location tag when missing.
+    // name split at "/", then child names), created with its location tag when missing. An
+    // existing definition of the section receives the change, wherever the file holds it.
     struct Writable {
         XmlElement* element = nullptr;
         NodePath path;
@@ -167,6 +169,9 @@ class ConfigSession {
     std::string m_errorText;
 };
 
+// Every element below `parent` that `names` lead to, in file order (section groups may repeat).
+std::vector<FoundElement> FindSections(const XmlElement& parent,
+                                       const std::vector<std::string>& names);
 // Follows child names down from `start`; null element when one is missing.
 FoundElement DescendByNames(FoundElement start, const std::vector<std::string>& names);
 // Child element of `parent` by name, or null.

@@ -172,7 +172,7 @@ TEST(SectionWrite, ADeeperPathWritesALocationAtTheEndOfTheFile) {
     IisConfigMachine machine;
     const std::string before = machine.ReadAppHost();
     auto manager = machine.NewManager();
-    ASSERT_EQ(testing::PutAttribute(*manager, kAsp, kShop, u"enableParentPaths", Variant{true}),
+    ASSERT_EQ(testing::PutAttribute(*manager, kAsp, kShop, u"noSuchAttribute", Variant{true}),
               qm::hr::invalid_index);
     std::shared_ptr<platform::ConfigElement> asp;
     ASSERT_EQ(manager->GetAdminSection(kAsp, kShop, asp), 0);
