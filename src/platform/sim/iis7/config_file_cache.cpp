@@ -44,7 +44,8 @@ std::optional<std::string> ConfigFileCache::ReadBytes(const std::string& path) {
     return bytes;
 }
 
-LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& displayName) {
+LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& displayName,
+                                 std::string_view rootName) {
     const FileIdentity identity = IdentifyFile(path);
     {
         std::lock_guard lock(m_mutex);
@@ -80,9 +81,9 @@ LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& dis
         throw ConfigFileError(displayName, error.line(), error.what());
     }
     const XmlElement* root = document->DocumentElement();
-    if (!root || root->name != "configuration") {
+    if (!root || root->name != rootName) {
         throw ConfigFileError(displayName, root ? root->line : 1,
-                              "the root element must be <configuration>");
+                              "the root element must be <" + std::string(rootName) + ">");
     }
     LoadedFile loaded{readIdentity, hash, std::move(document), nullptr};
     std::lock_guard lock(m_mutex);

@@ -62,6 +62,17 @@ struct PathStep {
 };
 using NodePath = std::vector<PathStep>;
 
+struct WorkingFile;
+
+// A section a file keeps in a file of its own (`configSource`): while the manager works, the
+// referenced file's section element stands where the placeholder element was, so that reads and
+// writes reach it; a commit puts the placeholder back and writes the section to its file.
+struct SourcedSection {
+    NodePath path;              // to the section element in the owner's working document
+    XmlElementPtr placeholder;  // "<directoryBrowse configSource="..." />" as read
+    WorkingFile* source = nullptr;
+};
+
 // A configuration file as this manager sees it.
 struct WorkingFile {
     std::string hostPath;     // native path on the host
@@ -72,6 +83,8 @@ struct WorkingFile {
     XmlElementPtr readRoot;               // the root as read (a new file's template)
     XmlDocument document;                 // with this manager's changes
     std::shared_ptr<const SectionDeclarations> declarations;  // its own <configSections>
+    std::vector<SourcedSection> sourced;
+    bool isSource = false;  // holds one section of another file, not a level
 
     bool Changed() const { return document.root != readRoot; }
 };
@@ -156,6 +169,13 @@ class ConfigSession {
     // Where applicationHost.config lies on the drive, looked up folder by folder.
     std::shared_ptr<const AppHostLocation::Place> LocateAppHost() const;
     void Validate(WorkingFile& file) const;
+    // Puts the sections that name a configSource in place; throws ConfigFailure for a reference
+    // IIS refuses or a referenced file that is missing or malformed.
+    void MountSources(WorkingFile& file);
+    WorkingFile& AdoptSource(const WorkingFile& owner, const std::string& reference,
+                             const std::string& rootName);
+    // The document to write for `file`: the working one with its placeholders back.
+    XmlDocument Rendered(const WorkingFile& file) const;
 
     std::shared_ptr<const ConfigMachine> m_machine;
     std::shared_ptr<AppHostLocation> m_appHostLocation;
