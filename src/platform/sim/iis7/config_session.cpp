@@ -114,7 +114,7 @@ qm::wstring_view ConfigSession::commitPath() const noexcept {
 qm::hresult ConfigSession::PutCommitPath(qm::wstring_view path) {
     if (m_pending) {
         m_errorText = "the commit path cannot change while changes are pending";
-        return qm::hr::file_checked_out;
+        return qm::hr::checkout_required;
     }
     std::optional<std::vector<qm::wstring>> segments = SplitConfigPath(path);
     if (!segments) {

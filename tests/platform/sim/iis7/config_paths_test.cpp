@@ -34,7 +34,7 @@ TEST(ConfigPaths, TheCommitPathCannotChangeWhileChangesArePending) {
     auto manager = machine.NewManager();
     ASSERT_EQ(
         testing::PutAttribute(*manager, kDirectoryBrowse, kAppHost, u"enabled", Variant{true}), 0);
-    EXPECT_EQ(manager->PutCommitPath(kSite), qm::hr::file_checked_out);
+    EXPECT_EQ(manager->PutCommitPath(kSite), qm::hr::checkout_required);
     std::u16string path;
     ASSERT_EQ(manager->GetCommitPath(path), 0);
     EXPECT_EQ(path, kAppHost);
