@@ -176,7 +176,14 @@ WorkingFile& ConfigSession::Adopt(const std::string& hostPath, std::string displ
             file->loaded.declarations = file->declarations;
         }
     }
-    MountSources(*file);
+    const size_t filesBefore = m_files.size();
+    try {
+        MountSources(*file);
+    } catch (const ConfigFailure&) {
+        // The file is not read; neither are the files it refers to.
+        m_files.resize(filesBefore);
+        throw;
+    }
     file->readRoot = file->document.root;
     WorkingFile& adopted = *file;
     m_files.push_back(std::move(file));

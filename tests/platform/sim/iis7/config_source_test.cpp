@@ -70,6 +70,10 @@ TEST_P(RefusedSources, MakeTheFileUnreadable) {
               test.result);
     const std::string error = qm::to_utf8(manager->LastErrorDescription());
     EXPECT_NE(error.find(test.message), std::string::npos) << error;
+    // Asking again gives the same answer.
+    EXPECT_EQ(manager->GetAdminSection(kDirectoryBrowse, testing::kAppHostPath, section),
+              test.result);
+    EXPECT_EQ(qm::to_utf8(manager->LastErrorDescription()), error);
 }
 
 constexpr std::string_view kPathRule = "must be a relative physical path";
