@@ -101,7 +101,7 @@ std::string TestAppHostConfig() {
     return WithCrLf(kAppHost);
 }
 
-IisConfigMachine::IisConfigMachine(const std::string& appHostText)
+IisConfigMachine::IisConfigMachine(const std::string& appHostText, const sim::iis7::Schema* schema)
     : m_encryption(std::string(32, '\x5a')) {
     std::filesystem::create_directories(AppHostPath().parent_path());
     std::filesystem::create_directories(DrivePath("inetpub/wwwroot"));
@@ -111,7 +111,7 @@ IisConfigMachine::IisConfigMachine(const std::string& appHostText)
     machine.driveRoot = sim::DriveCPath(m_machine.path());
     machine.lockFile = sim::MachineLockPath(m_machine.path());
     machine.config = m_machine.machine().config();
-    machine.schema = &IisTestSchema();
+    machine.schema = schema != nullptr ? schema : &IisTestSchema();
     machine.encryption = [this]() -> const sim::iis7::ConfigEncryption& { return m_encryption; };
     machine.cache = &m_cache;
     machine.writer = [this](const std::filesystem::path& path, std::span<const std::byte> bytes) {

@@ -26,7 +26,9 @@ std::string WithCrLf(std::string_view text);
 
 class IisConfigMachine {
   public:
-    explicit IisConfigMachine(const std::string& appHostText = TestAppHostConfig());
+    // `schema`: the test schema unless given (the built-in one for real files).
+    explicit IisConfigMachine(const std::string& appHostText = TestAppHostConfig(),
+                              const sim::iis7::Schema* schema = nullptr);
 
     const std::filesystem::path& folder() const noexcept { return m_machine.path(); }
     std::filesystem::path AppHostPath() const;

@@ -137,7 +137,8 @@ void MergedViews::Store(const std::string& key, std::vector<XmlElementPtr> roots
     m_views[key] = View{std::move(roots), std::move(merged)};
 }
 
-LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& displayName) {
+LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& displayName,
+                                 std::string_view rootName) {
     const FileIdentity identity = IdentifyFile(path);
     {
         std::lock_guard lock(m_mutex);
@@ -174,9 +175,9 @@ LoadedFile ConfigFileCache::Load(const std::string& path, const std::string& dis
         throw ConfigFileError(displayName, error.line(), error.what());
     }
     const XmlElement* root = document->DocumentElement();
-    if (!root || root->name != "configuration") {
+    if (!root || root->name != rootName) {
         throw ConfigFileError(displayName, root ? root->line : 1,
-                              "the root element must be <configuration>");
+                              "the root element must be <" + std::string(rootName) + ">");
     }
     LoadedFile loaded{readIdentity, hash, std::move(document), nullptr};
     std::lock_guard lock(m_mutex);

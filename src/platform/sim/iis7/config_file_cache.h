@@ -72,7 +72,10 @@ class ConfigFileCache {
     // The file as it is on disk now. Throws ConfigFileError (naming `displayName`) when it cannot
     // be read or is not well-formed XML; such files are not cached.
     // Paths are native host paths.
-    LoadedFile Load(const std::string& path, const std::string& displayName);
+    // `rootName`: the document element the file must have (a section's own name for a file that
+    // a configSource names).
+    LoadedFile Load(const std::string& path, const std::string& displayName,
+                    std::string_view rootName = "configuration");
     // After a commit: the document now on disk.
     void Store(const std::string& path, LoadedFile file);
     // Remembers that the file, as `identity` says, was found valid with these declarations.
