@@ -1,5 +1,6 @@
-// Real applicationHost.config files load, show their sites and pools, and come back byte for
-// byte; a change alters one line.
+// Real applicationHost.config files load with webrig's schema files, every section they declare
+// reads, they show their sites and pools, and they come back byte for byte; a change alters one
+// line.
 
 #include <gtest/gtest.h>
 
@@ -21,10 +22,11 @@ struct Sample {
     const char* file;
     std::vector<std::u16string> sites;
     std::vector<std::u16string> pools;
+    size_t declared;  // sections in <configSections>
 };
 
 const Sample kSamples[] = {
-    {"iis10-reverse-proxy.applicationHost.config", {u"Default Web Site"}, {u"DefaultAppPool"}},
+    {"iis10-reverse-proxy.applicationHost.config", {u"Default Web Site"}, {u"DefaultAppPool"}, 68},
 };
 
 std::filesystem::path SampleFolder() {
@@ -70,9 +72,18 @@ TEST_P(SampleFiles, LoadReportAndRoundTrip) {
     const XmlDocument document = ReadXml(std::make_shared<const std::string>(text));
     EXPECT_EQ(RenderXml(document), text);
 
-    IisConfigMachine machine(text);
+    IisConfigMachine machine(text, testing::SchemaSource::schemaFolder);
     const auto written = std::filesystem::last_write_time(machine.AppHostPath());
     auto manager = machine.NewManager();
+    const std::vector<std::u16string> sections = testing::DeclaredSections(text);
+    EXPECT_GE(sections.size(), GetParam().declared);
+    for (const std::u16string& name : sections) {
+        for (const std::u16string_view path : {kAppHost, testing::kDefaultSitePath}) {
+            std::shared_ptr<platform::ConfigElement> section;
+            EXPECT_EQ(manager->GetAdminSection(name, path, section), 0)
+                << qm::to_utf8(name) << ": " << qm::to_utf8(manager->LastErrorDescription());
+        }
+    }
     EXPECT_EQ(Names(*manager, u"system.applicationHost/sites"), GetParam().sites);
     EXPECT_EQ(Names(*manager, u"system.applicationHost/applicationPools"), GetParam().pools);
     std::u16string value;
