@@ -119,16 +119,23 @@ IisConfigMachine::IisConfigMachine(const std::string& appHostText, SchemaSource 
         for (const sim::iis7::SchemaFile& file : sim::iis7::Schema::BuiltInFiles()) {
             WriteText(folder / file.name, file.text);
         }
-        machine.schema =
-            sim::iis7::SchemaFolderProvider(machine.driveRoot, machine.config.windowsDirectory);
-    } else {
-        machine.schema = sim::iis7::FixedSchema(IisTestSchema());
     }
+    m_schemaSource = schema;
     machine.encryption = [this]() -> const sim::iis7::ConfigEncryption& { return m_encryption; };
     machine.cache = &m_cache;
     machine.writer = [this](const std::filesystem::path& path, std::span<const std::byte> bytes) {
         return !m_failWrites && sim::WriteFileAtomically(path, bytes);
     };
+    m_machineSettings = std::move(machine);
+    Restart();
+}
+
+void IisConfigMachine::Restart() {
+    sim::iis7::ConfigMachine machine = m_machineSettings;
+    machine.schema =
+        m_schemaSource == SchemaSource::schemaFolder
+            ? sim::iis7::SchemaFolderProvider(machine.driveRoot, machine.config.windowsDirectory)
+            : sim::iis7::FixedSchema(IisTestSchema());
     m_configuration = std::make_unique<sim::iis7::SimIisConfiguration>(std::move(machine));
 }
 

@@ -43,6 +43,8 @@ class IisConfigMachine {
     static std::string ReadText(const std::filesystem::path& path);
     static void WriteText(const std::filesystem::path& path, std::string_view text);
 
+    // The configuration system starts again, as in a new process: it reads the schema again.
+    void Restart();
     // A fresh administration manager, as the runtime creates one for each setting.
     std::unique_ptr<platform::AdminManager> NewManager();
     sim::iis7::ConfigFileCache& cache() noexcept { return m_cache; }
@@ -55,6 +57,8 @@ class IisConfigMachine {
     TempMachine m_machine;
     sim::iis7::ConfigFileCache m_cache;
     sim::iis7::ConfigEncryption m_encryption;
+    SchemaSource m_schemaSource;
+    sim::iis7::ConfigMachine m_machineSettings;  // its schema is set by Restart
     std::unique_ptr<sim::iis7::SimIisConfiguration> m_configuration;
     bool m_failWrites = false;
 };

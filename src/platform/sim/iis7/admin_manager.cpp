@@ -135,7 +135,7 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
             }
         }
         CheckReadable(*view, *declaration, appHost);
-        ValidateSection(*view, schemas.validElements());
+        ValidateSection(*view, schemas);
         DecideWriteRefusal(*view, *declaration, relative, appHost);
         section = std::make_shared<ConfigElementImpl>(view, &schema->root, nullptr,
                                                       std::vector<std::string>{});

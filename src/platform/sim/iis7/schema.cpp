@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 
 #include "platform/sim/iis7/builtin_schema_text.h"
-#include "platform/sim/iis7/section_validation.h"
 #include "support/case_insensitive.h"
 
 namespace webrig::sim::iis7 {
@@ -34,6 +34,11 @@ const Item* FindByUtf8Name(const std::vector<Item>& items, std::string_view name
         }
     }
     return nullptr;
+}
+
+uint64_t NewSchemaId() {
+    static std::atomic<uint64_t> last{0};
+    return ++last;
 }
 
 void FillUtf8Names(ElementSchema& element) {
@@ -81,7 +86,7 @@ const ElementSchema* ElementSchema::FindExactEntry(std::string_view spelled) con
 }
 
 Schema::Schema(std::vector<SectionSchema> sections)
-    : m_sections(std::move(sections)), m_validElements(std::make_unique<ValidElements>()) {
+    : m_sections(std::move(sections)), m_id(NewSchemaId()) {
     for (size_t i = 0; i < m_sections.size(); ++i) {
         SectionSchema& section = m_sections[i];
         FillUtf8Names(section.root);

@@ -152,8 +152,6 @@ struct SchemaFile {
     std::string_view text;
 };
 
-class ValidElements;
-
 // The schema of every section the configuration system can read and edit.
 class Schema {
   public:
@@ -175,8 +173,8 @@ class Schema {
     const SectionSchema* FindSection(std::u16string_view sectionName) const;
     const std::vector<SectionSchema>& sections() const noexcept { return m_sections; }
 
-    // Configuration file elements already checked against this schema (section_validation.h).
-    ValidElements& validElements() const noexcept { return *m_validElements; }
+    // Unique in the process, never 0: what elements found valid for this schema are marked with.
+    uint64_t id() const noexcept { return m_id; }
 
     explicit Schema(std::vector<SectionSchema> sections);
     Schema(Schema&&) noexcept;
@@ -186,7 +184,7 @@ class Schema {
   private:
     std::vector<SectionSchema> m_sections;
     std::map<std::u16string, size_t, std::less<>> m_index;
-    std::unique_ptr<ValidElements> m_validElements;
+    uint64_t m_id;
 };
 
 // Hands out the schema a fresh administration manager reads with: the machine's schema folder

@@ -12,9 +12,6 @@
 namespace webrig::sim::iis7 {
 namespace {
 
-// Past this many remembered elements the memory is started afresh.
-constexpr size_t kMostRemembered = size_t{1} << 20;
-
 std::string Names(const AttributeSchema& attribute) {
     std::string names;
     for (const NamedValue& value : attribute.values) {
@@ -95,40 +92,20 @@ bool IsSystemAttribute(std::string_view name) {
     return false;
 }
 
-const XmlElementPtr* SlotAt(const XmlDocument& document, const NodePath& path) {
-    const XmlElementPtr* slot = &document.root;
-    for (const PathStep& step : path) {
-        const std::vector<XmlChild>& children = (*slot)->children;
-        size_t index = step.hint;
-        if (index >= children.size() || !children[index].element ||
-            children[index].element->id != step.id) {
-            index = 0;
-            while (index < children.size() &&
-                   !(children[index].element && children[index].element->id == step.id)) {
-                ++index;
-            }
-            if (index == children.size()) {
-                return nullptr;
-            }
-        }
-        slot = &children[index].element;
-    }
-    return slot;
-}
-
 class Checker {
   public:
-    Checker(ValidElements& valid, const std::string& fileName) : m_valid(valid), m_file(fileName) {}
+    Checker(uint64_t schemaId, const std::string& fileName)
+        : m_schema(schemaId), m_file(fileName) {}
 
-    void Check(const XmlElementPtr& element, const ElementSchema& schema) {
-        if (m_valid.Contains(element.get(), &schema)) {
+    void Check(const XmlElement& element, const ElementSchema& schema) {
+        if (element.checked.schema.load(std::memory_order_relaxed) == m_schema) {
             return;
         }
-        for (const XmlAttribute& attribute : element->attributes) {
-            CheckAttribute(*element, schema.FindExactAttribute(attribute.name), attribute,
+        for (const XmlAttribute& attribute : element.attributes) {
+            CheckAttribute(element, schema.FindExactAttribute(attribute.name), attribute,
                            schema.allowUnrecognizedAttributes);
         }
-        for (const XmlChild& child : element->children) {
+        for (const XmlChild& child : element.children) {
             if (!child.element) {
                 continue;
             }
@@ -136,7 +113,7 @@ class Checker {
             if (schema.collection) {
                 const CollectionSchema& collection = *schema.collection;
                 if (const ElementSchema* entry = schema.FindExactEntry(name)) {
-                    Check(child.element, *entry);
+                    Check(*child.element, *entry);
                     continue;
                 }
                 if (!collection.utf8Remove.empty() && name == collection.utf8Remove) {
@@ -149,12 +126,12 @@ class Checker {
                 }
             }
             if (const ElementSchema* nested = schema.FindExactChild(name)) {
-                Check(child.element, *nested);
+                Check(*child.element, *nested);
                 continue;
             }
             Refuse(*child.element, "Unrecognized element '" + name + "'");
         }
-        m_valid.Add(element, &schema);
+        element.checked.schema.store(m_schema, std::memory_order_relaxed);
     }
 
   private:
@@ -196,26 +173,11 @@ class Checker {
         }
     }
 
-    ValidElements& m_valid;
+    uint64_t m_schema;
     const std::string& m_file;
 };
 
 }  // namespace
-
-size_t ValidElements::KeyHash::operator()(const Key& key) const noexcept {
-    return std::hash<const void*>{}(key.element) * 31 + std::hash<const void*>{}(key.schema);
-}
-
-bool ValidElements::Contains(const XmlElement* element, const ElementSchema* schema) const {
-    return m_valid.find(Key{element, schema}) != m_valid.end();
-}
-
-void ValidElements::Add(const XmlElementPtr& element, const ElementSchema* schema) {
-    if (m_valid.size() >= kMostRemembered) {
-        m_valid.clear();
-    }
-    m_valid.emplace(Key{element.get(), schema}, element);
-}
 
 std::optional<std::string> ValueRefusal(const AttributeSchema& attribute, std::string_view text) {
     if (attribute.allowInfinite && text == "Infinite") {
@@ -266,15 +228,11 @@ std::optional<std::string> ValueRefusal(const AttributeSchema& attribute, std::s
     return std::nullopt;
 }
 
-void ValidateSection(const SectionView& view, ValidElements& valid) {
-    const std::unique_lock lock = valid.Lock();
+void ValidateSection(const SectionView& view, const Schema& schema) {
     for (const ConfigLevel& level : view.levels) {
-        const std::vector<FoundElement> sections =
-            view.session->SectionsAt(level, view.sectionNames());
-        for (const FoundElement& section : sections) {
-            if (const XmlElementPtr* slot = SlotAt(level.file->document, section.path)) {
-                Checker(valid, level.file->displayName).Check(*slot, view.schema->root);
-            }
+        for (const FoundElement& section : view.session->SectionsAt(level, view.sectionNames())) {
+            Checker(schema.id(), level.file->displayName)
+                .Check(*section.element, view.schema->root);
         }
     }
 }

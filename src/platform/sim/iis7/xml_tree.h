@@ -6,6 +6,7 @@
 // copies only the elements on the way from the root to the changed one (MakeMutable), so a
 // configuration manager starts from the cached document without copying it.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -26,6 +27,15 @@ struct XmlAttribute {
 
 struct XmlElement;
 using XmlElementPtr = std::shared_ptr<const XmlElement>;
+
+// The schema an element was last found valid for (section_validation.h), 0 for none. Shared
+// elements are read by several managers at once, so it is atomic; a copy starts unmarked.
+struct XmlCheckMark {
+    XmlCheckMark() = default;
+    XmlCheckMark(const XmlCheckMark&) noexcept {}
+    XmlCheckMark& operator=(const XmlCheckMark&) noexcept { return *this; }
+    mutable std::atomic<uint64_t> schema{0};
+};
 
 // A child of an element: another element, or markup kept exactly as written (white space, text,
 // comments, CDATA sections, processing instructions).
@@ -51,6 +61,7 @@ struct XmlElement {
     // The white space that starts the element's line; new children are indented from it.
     std::string indent;
     int line = 0;
+    XmlCheckMark checked;
 
     const XmlAttribute* FindAttribute(std::string_view attribute) const;
     // Sets (or adds, at the end) an attribute; the element is no longer as written.
@@ -64,7 +75,7 @@ std::shared_ptr<XmlElement> NewXmlElement(std::string name);
 uint64_t NewXmlElementId();
 
 // The element `slot` points to, made safe to change: copied first when someone else shares it.
-// Its text as written is dropped, since it no longer describes it.
+// Its text as written and its check mark are dropped, since they no longer describe it.
 XmlElement& MakeMutable(XmlElementPtr& slot);
 
 // A deep copy with fresh ids, for moving an entry between levels.

@@ -1,5 +1,6 @@
-// The schema comes from the machine's schema folder, as IIS reads it: a file copied in adds its
-// sections, a bad file or a missing folder is reported, and an unchanged folder is not read again.
+// The schema comes from the machine's schema folder, read when the configuration system starts,
+// as IIS reads it: a file copied in adds its sections at the next start, a bad file or a missing
+// folder is reported, and a folder whose files have not changed is not read or parsed again.
 
 #include "platform/sim/iis7/schema_folder.h"
 
@@ -40,6 +41,8 @@ TEST(SchemaFolder, AFileCopiedInAddsItsSection) {
                                 R"(<configSchema><sectionSchema name="system.webServer/myFeature">)"
                                 R"(<attribute name="level" type="uint" defaultValue="1" />)"
                                 R"(</sectionSchema></configSchema>)");
+    EXPECT_EQ(ReadLevel(machine, level).first, qm::hr::not_supported);
+    machine.Restart();
     ASSERT_EQ(ReadLevel(machine, level).first, 0);
     EXPECT_EQ(level, u"3");
     machine.WriteAppHost(WithMyFeature("three"));
@@ -67,24 +70,26 @@ TEST(SchemaFolder, ABadFileOrNoFolderIsReported) {
     EXPECT_NE(message.find("C:\\Windows\\System32\\inetsrv\\config\\schema"), std::string::npos);
 }
 
-TEST(SchemaFolder, IsReadAgainOnlyWhenAFileChanged) {
+TEST(SchemaFolder, IsReadOnceAndSharedUntilAFileChanges) {
     testing::TempFolder drive;
     const auto folder = drive.path() / "Windows/System32/inetsrv/config/schema";
     std::filesystem::create_directories(folder);
     const std::string text = R"(<configSchema><sectionSchema name="s/t" /></configSchema>)";
     IisConfigMachine::WriteText(folder / "a.xml", text);
-    SchemaFolder schemas(drive.path(), u"C:\\Windows");
-    const std::shared_ptr<const Schema> first = schemas.Current();
-    EXPECT_EQ(schemas.Current(), first);
+    const auto start = [&] { return SchemaFolder(drive.path(), u"C:\\Windows").Current(); };
+    SchemaFolder running(drive.path(), u"C:\\Windows");
+    const std::shared_ptr<const Schema> first = running.Current();
     EXPECT_NE(first->FindSection(u"s/t"), nullptr);
+    EXPECT_EQ(start(), first);
     // The same bytes written again: the same schema, without parsing it again.
     IisConfigMachine::WriteText(folder / "a.xml", text);
-    EXPECT_EQ(schemas.Current(), first);
+    EXPECT_EQ(start(), first);
     IisConfigMachine::WriteText(folder / "a.xml",
                                 R"(<configSchema><sectionSchema name="s/uu" /></configSchema>)");
-    const std::shared_ptr<const Schema> changed = schemas.Current();
+    const std::shared_ptr<const Schema> changed = start();
     EXPECT_EQ(changed->FindSection(u"s/t"), nullptr);
     EXPECT_NE(changed->FindSection(u"s/uu"), nullptr);
+    EXPECT_EQ(running.Current(), first);
 }
 
 }  // namespace
