@@ -129,6 +129,56 @@ TEST(SectionValidation, AWebConfigIsNamedAndAChangeOnDiskIsSeen) {
     EXPECT_EQ(read().first, 0);
 }
 
+// Elements real servers use, in the core sections and in the extensions' ones.
+TEST(SectionValidation, ReadsWhatRealServersHold) {
+    std::string text = testing::TestAppHostConfig();
+    text.insert(text.find("<section name=\"asp\""), R"x(<section name="fastCgi" />
+            <section name="proxy" /><section name="applicationInitialization" />
+            <sectionGroup name="tracing"><section name="traceFailedRequests" /></sectionGroup>
+            <sectionGroup name="rewrite"><section name="rules" /></sectionGroup>
+            )x");
+    text.insert(text.find("<sectionGroup name=\"authentication\">"),
+                R"x(<section name="requestFiltering" /><section name="dynamicIpSecurity" />)x");
+    text.insert(text.find("<authentication>"), R"x(<requestFiltering><filteringRules>
+                <filteringRule name="sql" scanQueryString="true">
+                    <appliesTo><add fileExtension=".asp" /></appliesTo>
+                    <denyStrings><add string="--" /></denyStrings>
+                    <scanHeaders><add requestHeader="User-Agent" /></scanHeaders>
+                </filteringRule></filteringRules>
+                <alwaysAllowedUrls><add url="/ok" /></alwaysAllowedUrls>
+                <alwaysAllowedQueryStrings><add queryString="a=b" /></alwaysAllowedQueryStrings>
+                <denyQueryStringSequences><add sequence="xp_" /></denyQueryStringSequences>
+            </requestFiltering>
+            <dynamicIpSecurity denyAction="NotFound"><denyByRequestRate enabled="true" />
+            </dynamicIpSecurity>
+            )x");
+    text.insert(text.find("<security>"), R"x(<fastCgi>
+            <application fullPath="C:\php\php-cgi.exe" monitorChangesTo="php.ini"
+                         stderrMode="ReturnGeneric500"><environmentVariables>
+                <environmentVariable name="PHP_FCGI_MAX_REQUESTS" value="10000" />
+            </environmentVariables></application></fastCgi>
+        <tracing><traceFailedRequests><add path="*.aspx"><traceAreas>
+            <add provider="ASPNET" areas="Infrastructure,Module" verbosity="Warning" />
+        </traceAreas><failureDefinitions statusCodes="404" /></add></traceFailedRequests></tracing>
+        <rewrite><rules><rule name="proxy" stopProcessing="true"><match url="(.*)" />
+            <serverVariables><set name="HTTP_X_ORIGINAL_HOST" value="{HTTP_HOST}" /></serverVariables>
+            <action type="Rewrite" url="http://backend/{R:1}" /></rule></rules></rewrite>
+        <proxy enabled="true" preserveHostHeader="true" timeout="00:05:00" />
+        <applicationInitialization doAppInitAfterRestart="true">
+            <add initializationPage="/warmup" />
+        </applicationInitialization>
+        )x");
+    IisConfigMachine machine(text, SchemaSource::schemaFolder);
+    auto manager = machine.NewManager();
+    const std::vector<std::u16string> sections = testing::DeclaredSections(text);
+    EXPECT_EQ(sections.size(), 16u);
+    for (const std::u16string& name : sections) {
+        std::shared_ptr<platform::ConfigElement> section;
+        EXPECT_EQ(manager->GetAdminSection(name, kAppHost, section), 0)
+            << qm::to_utf8(name) << ": " << qm::to_utf8(manager->LastErrorDescription());
+    }
+}
+
 class StockMachines : public ::testing::TestWithParam<IisVersion> {};
 
 TEST_P(StockMachines, ReadEverySectionTheirFileDeclares) {
