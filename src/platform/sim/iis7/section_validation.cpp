@@ -1,5 +1,6 @@
 #include "platform/sim/iis7/section_validation.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
@@ -50,10 +51,14 @@ std::string TimeSpanRefusal(const AttributeSchema& attribute, std::string_view t
     if (!ParseTimeSpan(qm::from_utf8(text)) || !attribute.minimum || !attribute.maximum) {
         return "Invalid timespan value";
     }
-    std::string message =
-        "Timespan value must be between " +
-        qm::to_utf8(FormatTimeSpan(*attribute.minimum * kTicksPerSecond)) + " and " +
-        qm::to_utf8(FormatTimeSpan(*attribute.maximum * kTicksPerSecond)) + " seconds inclusive";
+    // A schema file may name bounds no time span reaches.
+    constexpr int64_t kLargest = std::numeric_limits<int64_t>::max() / kTicksPerSecond;
+    const auto format = [&](int64_t seconds) {
+        return qm::to_utf8(
+            FormatTimeSpan(std::clamp<int64_t>(seconds, 0, kLargest) * kTicksPerSecond));
+    };
+    std::string message = "Timespan value must be between " + format(*attribute.minimum) + " and " +
+                          format(*attribute.maximum) + " seconds inclusive";
     if (attribute.granularitySeconds != 0) {
         message +=
             ", with a granularity of " + std::to_string(attribute.granularitySeconds) + " seconds";
