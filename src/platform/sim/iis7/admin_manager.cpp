@@ -5,6 +5,7 @@
 #include "platform/sim/iis7/config_objects.h"
 #include "platform/sim/iis7/config_path.h"
 #include "platform/sim/iis7/section_delegation.h"
+#include "platform/sim/iis7/section_validation.h"
 
 namespace webrig::sim::iis7 {
 namespace {
@@ -119,7 +120,8 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
                                           qm::to_utf8(m_session->commitPath()));
         }
         WorkingFile& appHost = m_session->AppHost();
-        const SectionSchema* schema = m_session->machine().schema->FindSection(sectionName);
+        const Schema& schemas = m_session->schema();
+        const SectionSchema* schema = schemas.FindSection(sectionName);
         // The schema keeps the name in UTF-8; an unknown one is converted for the messages.
         const std::string unknownName = schema ? std::string() : qm::to_utf8(sectionName);
         const std::string& name = schema ? schema->utf8Name : unknownName;
@@ -134,9 +136,9 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
             declaration = FrameworkSection(name);
         }
         if (!declaration || !schema) {
-            Fail(qm::hr::not_supported,
-                 "the configuration section " + name + " cannot be read because it is missing " +
-                     (declaration ? "from the schema" : "a section declaration"));
+            Fail(qm::hr::not_supported, "The configuration section '" + name +
+                                            "' cannot be read because it is missing " +
+                                            (declaration ? "schema" : "a section declaration"));
         }
         auto view = std::make_shared<SectionView>();
         view->session = m_session;
@@ -153,6 +155,7 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
         }
         RefuseSecondDefinitions(*view, name);
         CheckReadable(*view, *declaration, appHost);
+        ValidateSection(*view, schemas);
         DecideWriteRefusal(*view, *declaration, relative, appHost);
         section = std::make_shared<ConfigElementImpl>(view, &schema->root, nullptr,
                                                       std::vector<std::string>{});

@@ -62,7 +62,9 @@ std::optional<int64_t> ReadInteger(qm::wstring_view text, bool allowMinus) {
 
 bool InRange(const AttributeSchema& attribute, int64_t value) {
     return (!attribute.minimum || value >= *attribute.minimum) &&
-           (!attribute.maximum || value <= *attribute.maximum);
+           (!attribute.maximum || value <= *attribute.maximum) &&
+           !(attribute.excludedRange && value >= attribute.excludedRange->first &&
+             value <= attribute.excludedRange->second);
 }
 
 std::optional<qm::wstring> NormalizeBoolean(qm::wstring_view text) {

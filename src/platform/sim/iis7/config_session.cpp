@@ -107,6 +107,13 @@ ConfigSession::ConfigSession(std::shared_ptr<const ConfigMachine> machine,
                              std::shared_ptr<AppHostLocation> appHostLocation)
     : m_machine(std::move(machine)), m_appHostLocation(std::move(appHostLocation)) {}
 
+const Schema& ConfigSession::schema() {
+    if (!m_schema) {
+        m_schema = m_machine->schema();
+    }
+    return *m_schema;
+}
+
 qm::wstring_view ConfigSession::commitPath() const noexcept {
     return m_commitPath.empty() ? kAppHostPath : qm::wstring_view(m_commitPath);
 }

@@ -30,7 +30,8 @@ struct ConfigMachine {
     std::filesystem::path driveRoot;  // the folder that is C:\ .
     std::filesystem::path lockFile;   // MachineLock while committing
     MachineConfig config;
-    const Schema* schema = nullptr;
+    // The schema a fresh manager reads with (the machine's schema folder).
+    SchemaProvider schema;
     // The machine's encryption of secret attributes; asked for only when one is read or written.
     std::function<const ConfigEncryption&()> encryption;
     ConfigFileCache* cache = nullptr;
@@ -107,6 +108,9 @@ class ConfigSession {
                   std::shared_ptr<AppHostLocation> appHostLocation);
 
     const ConfigMachine& machine() const noexcept { return *m_machine; }
+    // The schema this manager reads with, taken from the machine when first needed; throws
+    // ConfigFailure when the machine has none.
+    const Schema& schema();
 
     qm::wstring_view commitPath() const noexcept;
     const std::vector<qm::wstring>& commitSegments() const noexcept { return m_commitSegments; }
@@ -179,6 +183,7 @@ class ConfigSession {
 
     std::shared_ptr<const ConfigMachine> m_machine;
     std::shared_ptr<AppHostLocation> m_appHostLocation;
+    std::shared_ptr<const Schema> m_schema;
     qm::wstring m_commitPath;  // empty: MACHINE/WEBROOT/APPHOST, where a fresh manager starts
     std::vector<qm::wstring> m_commitSegments;
     bool m_pending = false;

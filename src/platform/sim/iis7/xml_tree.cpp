@@ -432,6 +432,7 @@ XmlElement& MakeMutable(XmlElementPtr& slot) {
     }
     auto& element = const_cast<XmlElement&>(*slot);
     element.asWritten = false;
+    element.checked.schema.store(0, std::memory_order_relaxed);
     return element;
 }
 

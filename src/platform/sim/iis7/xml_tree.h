@@ -12,6 +12,7 @@
 // heap objects that keep alive whatever store their views point into.
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
@@ -220,6 +221,15 @@ class XmlStore;
 struct XmlElement;
 using XmlElementPtr = std::shared_ptr<const XmlElement>;
 
+// The schema an element was last found valid for (section_validation.h), 0 for none. Shared
+// elements are read by several managers at once, so it is atomic; a copy starts unmarked.
+struct XmlCheckMark {
+    XmlCheckMark() = default;
+    XmlCheckMark(const XmlCheckMark&) noexcept {}
+    XmlCheckMark& operator=(const XmlCheckMark&) noexcept { return *this; }
+    mutable std::atomic<uint64_t> schema{0};
+};
+
 // A child element with the markup kept exactly as written between it and what comes before it
 // (white space, text, comments, CDATA sections, processing instructions).
 struct XmlChild {
@@ -252,6 +262,7 @@ struct XmlElement {
     bool changed = false;
     // A document's root or its document element, which are never indented.
     bool topLevel = false;
+    XmlCheckMark checked;
 
     const XmlAttribute* FindAttribute(std::string_view attribute) const;
     // Sets (or adds, at the end) an attribute; the element is no longer as written.
@@ -313,7 +324,7 @@ uint64_t NewXmlElementId();
 uint64_t NewXmlElementIds(uint64_t count);
 
 // The element `slot` points to, made safe to change: copied first when someone else shares it
-// or it lies in a store. It is no longer as written.
+// or it lies in a store. It is no longer as written, and its check mark is dropped.
 XmlElement& MakeMutable(XmlElementPtr& slot);
 
 // A deep copy with fresh ids, for moving an entry between levels.

@@ -6,6 +6,7 @@
 
 #include "platform/sim/files/windows_path.h"
 #include "platform/sim/iis7/config_encryption.h"
+#include "platform/sim/iis7/schema_folder.h"
 #include "platform/sim/machine/atomic_file.h"
 #include "platform/sim/machine/machine_error.h"
 #include "platform/sim/machine/machine_layout.h"
@@ -87,7 +88,8 @@ Machine::Machine(std::filesystem::path folder, MachineConfig config, RegFile loc
       m_services(std::move(services), ServicesJsonPath(m_folder), m_clock),
       m_comClasses(m_config),
       m_iisConfiguration(iis7::ConfigMachine{
-          DriveCPath(m_folder), MachineLockPath(m_folder), m_config, &iis7::Schema::BuiltIn(),
+          DriveCPath(m_folder), MachineLockPath(m_folder), m_config,
+          iis7::SchemaFolderProvider(DriveCPath(m_folder), m_config.windowsDirectory),
           [this]() -> const iis7::ConfigEncryption& { return ConfigurationEncryption(); }, nullptr,
           WriteFileAtomically}) {}
 

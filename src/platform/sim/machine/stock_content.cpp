@@ -1,5 +1,6 @@
 #include "platform/sim/machine/stock_content.h"
 
+#include "platform/sim/iis7/schema_folder.h"
 #include "platform/sim/iis7/stock_application_host.h"
 
 namespace webrig::sim {
@@ -46,6 +47,7 @@ std::vector<qm::wstring> StockFolders(const MachineConfig& config) {
                                         config.windowsDirectory + u"\\System32"};
     if (HasIisConfigurationSystem(config)) {
         folders.push_back(config.windowsDirectory + u"\\System32\\inetsrv\\config");
+        folders.push_back(iis7::SchemaFolder::WindowsPath(config.windowsDirectory));
         folders.push_back(iis7::kDefaultSiteFolder);
         folders.push_back(u"C:\\inetpub\\logs\\LogFiles");
     }
@@ -59,6 +61,11 @@ std::vector<StockFile> StockFiles(const MachineConfig& config) {
                          iis7::StockApplicationHostConfig(config.iisVersion)});
         files.push_back({qm::wstring(iis7::kDefaultSiteFolder) + u"\\iisstart.htm",
                          iis7::StockIisStartPage(config.iisVersion)});
+        for (const iis7::SchemaFile& schema : iis7::Schema::BuiltInFiles()) {
+            files.push_back({iis7::SchemaFolder::WindowsPath(config.windowsDirectory) + u"\\" +
+                                 qm::from_utf8(schema.name),
+                             std::string(schema.text)});
+        }
     }
     return files;
 }

@@ -30,8 +30,8 @@ struct StockFile {
     std::string content;
 };
 
-// The files every installation has (IIS 7+: applicationHost.config and the welcome page); their
-// folders are among StockFolders.
+// The files every installation has (IIS 7+: applicationHost.config, the welcome page and the
+// configuration schema files); their folders are among StockFolders.
 std::vector<StockFile> StockFiles(const MachineConfig& config);
 
 }  // namespace webrig::sim

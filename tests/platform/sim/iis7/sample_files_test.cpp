@@ -77,7 +77,7 @@ class SampleFiles : public ::testing::TestWithParam<Sample> {};
 
 TEST_P(SampleFiles, ReadWholeAndComeBackByteForByte) {
     const std::string text = GetParam().text();
-    IisConfigMachine machine(text, &Schema::BuiltIn());
+    IisConfigMachine machine(text, testing::SchemaSource::schemaFolder);
     const auto written = std::filesystem::last_write_time(machine.AppHostPath());
     auto manager = machine.NewManager();
     size_t sections = 0;
