@@ -63,19 +63,6 @@ XmlElement* EnsureNames(XmlElement* element, const std::vector<std::string>& nam
     return element;
 }
 
-// A copy keeps the line breaks of its old depth; without their end tags as written, its elements
-// are laid out again where the copy is inserted.
-void ForgetLayout(XmlElement& copy) {
-    for (XmlChild& child : copy.children) {
-        if (child.element) {
-            // CloneAsNew made every element of the copy afresh: nothing else holds them.
-            auto& nested = const_cast<XmlElement&>(*child.element);
-            nested.endTag = {};
-            ForgetLayout(nested);
-        }
-    }
-}
-
 const XmlLayout& TargetLayout(const SectionView& view) {
     return view.levels[view.target].file->document.layout;
 }
@@ -125,7 +112,6 @@ void CopyEntryDown(SectionView& view, Anchor& anchor, const ElementSchema& entry
         Fail(qm::hr::element_not_found, "the element is no longer in the configuration");
     }
     std::shared_ptr<XmlElement> copy = CloneAsNew(*inherited);
-    ForgetLayout(*copy);
     ConfigSession::Writable holder = view.session->EnsureSection(
         view.levels[view.target], view.sectionNames(), anchor.ownerNames);
     const XmlLayout& layout = TargetLayout(view);

@@ -58,7 +58,7 @@ void CollectSections(const FoundElement& start, const std::vector<std::string>& 
         found.push_back(start);
         return;
     }
-    const std::vector<XmlChild>& children = start.element->children;
+    const auto& children = start.element->children;
     for (size_t i = 0; i < children.size(); ++i) {
         const XmlElement* child = children[i].element.get();
         if (child && child->name == names[depth]) {
@@ -288,7 +288,7 @@ void ConfigSession::MountSources(WorkingFile& file) {
     std::vector<FoundElement> placeholders;
     const std::function<void(const FoundElement&, const std::string&)> walk =
         [&](const FoundElement& at, const std::string& group) {
-            const std::vector<XmlChild>& children = at.element->children;
+            const auto& children = at.element->children;
             for (size_t i = 0; i < children.size(); ++i) {
                 const XmlElement* child = children[i].element.get();
                 if (!child) {

@@ -36,9 +36,10 @@ const Item* FindByUtf8Name(const std::vector<Item>& items, std::string_view name
     return nullptr;
 }
 
-uint64_t NewSchemaId() {
-    static std::atomic<uint64_t> last{0};
-    return ++last;
+uint32_t NewSchemaId() {
+    static std::atomic<uint32_t> last{0};
+    uint32_t id = ++last;
+    return id != 0 ? id : ++last;  // 0 marks an unchecked element
 }
 
 void FillUtf8Names(ElementSchema& element) {

@@ -174,7 +174,7 @@ class Schema {
     const std::vector<SectionSchema>& sections() const noexcept { return m_sections; }
 
     // Unique in the process, never 0: what elements found valid for this schema are marked with.
-    uint64_t id() const noexcept { return m_id; }
+    uint32_t id() const noexcept { return m_id; }
 
     explicit Schema(std::vector<SectionSchema> sections);
     Schema(Schema&&) noexcept;
@@ -184,7 +184,7 @@ class Schema {
   private:
     std::vector<SectionSchema> m_sections;
     std::map<std::u16string, size_t, std::less<>> m_index;
-    uint64_t m_id;
+    uint32_t m_id;
 };
 
 // Hands out the schema a fresh administration manager reads with: the machine's schema folder

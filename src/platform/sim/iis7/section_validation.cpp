@@ -99,7 +99,7 @@ bool IsSystemAttribute(std::string_view name) {
 
 class Checker {
   public:
-    Checker(uint64_t schemaId, const std::string& fileName)
+    Checker(uint32_t schemaId, const std::string& fileName)
         : m_schema(schemaId), m_file(fileName) {}
 
     void Check(const XmlElement& element, const ElementSchema& schema) {
@@ -107,14 +107,14 @@ class Checker {
             return;
         }
         for (const XmlAttribute& attribute : element.attributes) {
-            CheckAttribute(element, schema.FindExactAttribute(attribute.name), attribute,
+            CheckAttribute(element, schema.FindExactAttribute(attribute.Name()), attribute,
                            schema.allowUnrecognizedAttributes);
         }
         for (const XmlChild& child : element.children) {
             if (!child.element) {
                 continue;
             }
-            const std::string& name = child.element->name;
+            const std::string_view name = child.element->name;
             if (schema.collection) {
                 const CollectionSchema& collection = *schema.collection;
                 if (const ElementSchema* entry = schema.FindExactEntry(name)) {
@@ -134,7 +134,7 @@ class Checker {
                 Check(*child.element, *nested);
                 continue;
             }
-            Refuse(*child.element, "Unrecognized element '" + name + "'");
+            Refuse(*child.element, "Unrecognized element '" + std::string(name) + "'");
         }
         element.checked.schema.store(m_schema, std::memory_order_relaxed);
     }
@@ -147,10 +147,10 @@ class Checker {
     void CheckAttribute(const XmlElement& element, const AttributeSchema* described,
                         const XmlAttribute& attribute, bool allowUnrecognized) const {
         if (described == nullptr) {
-            if (allowUnrecognized || IsSystemAttribute(attribute.name)) {
+            if (allowUnrecognized || IsSystemAttribute(attribute.Name())) {
                 return;
             }
-            Refuse(element, "Unrecognized attribute '" + attribute.name +
+            Refuse(element, "Unrecognized attribute '" + std::string(attribute.Name()) +
                                 "'. Note that attribute names are case-sensitive.");
         }
         if (described->encrypted && ConfigEncryption::IsEncrypted(qm::from_utf8(attribute.value))) {
@@ -165,7 +165,7 @@ class Checker {
     void CheckDirective(const XmlElement& element, const ElementSchema* entry) const {
         for (const XmlAttribute& attribute : element.attributes) {
             const AttributeSchema* key =
-                entry ? entry->FindExactAttribute(attribute.name) : nullptr;
+                entry ? entry->FindExactAttribute(attribute.Name()) : nullptr;
             if (key != nullptr && !key->isUniqueKey && !key->isCombinedKey) {
                 key = nullptr;
             }
@@ -178,7 +178,7 @@ class Checker {
         }
     }
 
-    uint64_t m_schema;
+    uint32_t m_schema;
     const std::string& m_file;
 };
 

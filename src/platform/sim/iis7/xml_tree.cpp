@@ -157,7 +157,8 @@ void Reindent(ChangedElement& element, const std::string& indent, const XmlLayou
     element.indent = element.Own(indent);
     element.hasIndent = true;
     for (XmlChild& child : element.children) {
-        if (!child.element->source) {
+        // New elements and copies (CloneAsNew) are laid out afresh; nothing else holds them.
+        if (child.element->changed) {
             Reindent(Changing(const_cast<XmlElement&>(*child.element)), indent + layout.indentUnit,
                      layout);
         }

@@ -202,7 +202,7 @@ class XmlAttribute {
     // attributes are led by one space.
     bool inText = false;
     // The attribute is exactly as the file has it.
-    bool asWritten = false;
+    bool asWritten : 1 = false;
     XmlText value;  // decoded
 
     XmlText Name() const { return {m_name, m_nameLength}; }
@@ -223,11 +223,12 @@ using XmlElementPtr = std::shared_ptr<const XmlElement>;
 
 // The schema an element was last found valid for (section_validation.h), 0 for none. Shared
 // elements are read by several managers at once, so it is atomic; a copy starts unmarked.
+// 32 bits keep elements small: schema ids count the schemas one process loads.
 struct XmlCheckMark {
     XmlCheckMark() = default;
     XmlCheckMark(const XmlCheckMark&) noexcept {}
     XmlCheckMark& operator=(const XmlCheckMark&) noexcept { return *this; }
-    mutable std::atomic<uint64_t> schema{0};
+    mutable std::atomic<uint32_t> schema{0};
 };
 
 // A child element with the markup kept exactly as written between it and what comes before it
@@ -253,15 +254,15 @@ struct XmlElement {
     uint32_t trailingOffset = 0;
     uint32_t trailingLength = 0;
     // Written as "<name ... />" (or was, before children were added).
-    bool selfClosing = true;
+    bool selfClosing : 1 = true;
     // Nothing in the element has changed since it was read.
-    bool asWritten = false;
+    bool asWritten : 1 = false;
     // The start tag loses the white space before its ">" (a "<name ... />" that took children).
-    bool trimTagTail = false;
+    bool trimTagTail : 1 = false;
     // Made by a change: an XmlElement that owns the strings of its changes.
-    bool changed = false;
+    bool changed : 1 = false;
     // A document's root or its document element, which are never indented.
-    bool topLevel = false;
+    bool topLevel : 1 = false;
     XmlCheckMark checked;
 
     const XmlAttribute* FindAttribute(std::string_view attribute) const;
