@@ -129,9 +129,11 @@ class Certificates {
     virtual bool AddCertificateContext(CertStore store, CertContext context, uint32_t disposition,
                                        CertContext* added) = 0;
 
-    // CertGetCertificateContextProperty. With `data` null, `size` receives the size the
-    // property needs; with a buffer smaller than that, ERROR_MORE_DATA. A property the
-    // certificate lacks fails with CRYPT_E_NOT_FOUND; the SHA-1 hash is computed when asked.
+    // CertGetCertificateContextProperty for a property whose value is bytes (the SHA-1 hash, the
+    // friendly name); structures such as the key provider information are not read through the
+    // seam. With `data` null, `size` receives the size the property needs; with a buffer smaller
+    // than that, ERROR_MORE_DATA. A property the certificate lacks fails with CRYPT_E_NOT_FOUND;
+    // the SHA-1 hash is computed when asked.
     virtual bool GetContextProperty(CertContext context, uint32_t propertyId, std::byte* data,
                                     uint32_t& size) = 0;
 
