@@ -1,5 +1,7 @@
 #include "platform/sim/machine/stock_content.h"
 
+#include "platform/sim/certificates/machine_keys.h"
+#include "platform/sim/files/program_file.h"
 #include "platform/sim/iis7/schema_folder.h"
 #include "platform/sim/iis7/stock_application_host.h"
 
@@ -25,11 +27,47 @@ void AddIisVersionValues(RegistryKey& localMachine, RegistryKey& software,
     inetStp.SetValue(u"MinorVersion", platform::RegValue::Dword(version.minor));
 }
 
+// The folders that hold 32-bit and (on 64-bit Windows) 64-bit system programs.
+std::vector<qm::wstring> SystemFolders(const MachineConfig& config) {
+    std::vector<qm::wstring> folders = {config.windowsDirectory + u"\\System32"};
+    if (config.Is64Bit()) {
+        folders.push_back(config.windowsDirectory + u"\\SysWOW64");
+    }
+    return folders;
+}
+
+std::vector<qm::wstring> FrameworkFolders(const MachineConfig& config) {
+    std::vector<qm::wstring> folders;
+    for (const char16_t* framework : {u"Framework", u"Framework64"}) {
+        if (framework == qm::wstring_view(u"Framework64") && !config.Is64Bit()) {
+            continue;
+        }
+        for (const char16_t* version : {u"v2.0.50727", u"v4.0.30319"}) {
+            folders.push_back(config.windowsDirectory + u"\\Microsoft.NET\\" + framework + u"\\" +
+                              version);
+        }
+    }
+    return folders;
+}
+
 }  // namespace
+
+bool HasIisWebServiceObject(const MachineConfig& config) {
+    return HasIisConfigurationSystem(config) &&
+           config.HasIisFeature(IisFeature::metabaseCompatibility);
+}
 
 void AddStockRegistry(RegistryKey& localMachine, const MachineConfig& config) {
     RegistryKey& software = Ensure(localMachine, u"SOFTWARE");
-    Ensure(localMachine, u"SYSTEM");
+    RegistryKey& system = Ensure(localMachine, u"SYSTEM");
+    // The local machine's personal store, and HTTP.sys's parameters, which hold its SSL bindings.
+    RegistryKey& personal =
+        Ensure(Ensure(Ensure(software, u"Microsoft"), u"SystemCertificates"), u"MY");
+    for (const char16_t* part : {u"Certificates", u"CRLs", u"CTLs"}) {
+        Ensure(personal, part);
+    }
+    Ensure(Ensure(Ensure(Ensure(system, u"CurrentControlSet"), u"Services"), u"HTTP"),
+           u"Parameters");
     if (config.Is64Bit()) {
         Ensure(software, u"WOW6432Node");  // the 32-bit view of SOFTWARE
     }
@@ -43,8 +81,13 @@ bool HasIisConfigurationSystem(const MachineConfig& config) {
 }
 
 std::vector<qm::wstring> StockFolders(const MachineConfig& config) {
-    std::vector<qm::wstring> folders = {config.windowsDirectory,
-                                        config.windowsDirectory + u"\\System32"};
+    std::vector<qm::wstring> folders = {config.windowsDirectory, kMachineKeysFolder};
+    for (const qm::wstring& folder : SystemFolders(config)) {
+        folders.push_back(folder);
+    }
+    for (const qm::wstring& folder : FrameworkFolders(config)) {
+        folders.push_back(folder);
+    }
     if (HasIisConfigurationSystem(config)) {
         folders.push_back(config.windowsDirectory + u"\\System32\\inetsrv\\config");
         folders.push_back(iis7::SchemaFolder::WindowsPath(config.windowsDirectory));
@@ -56,6 +99,14 @@ std::vector<qm::wstring> StockFolders(const MachineConfig& config) {
 
 std::vector<StockFile> StockFiles(const MachineConfig& config) {
     std::vector<StockFile> files;
+    for (const qm::wstring& folder : SystemFolders(config)) {
+        for (const char* program : {"netsh.exe", "activeds.dll"}) {
+            files.push_back({folder + u"\\" + qm::from_utf8(program), ProgramFileContent(program)});
+        }
+    }
+    for (const qm::wstring& folder : FrameworkFolders(config)) {
+        files.push_back({folder + u"\\aspnet_regiis.exe", ProgramFileContent("aspnet_regiis.exe")});
+    }
     if (HasIisConfigurationSystem(config)) {
         files.push_back({iis7::ApplicationHostConfigPath(config),
                          iis7::StockApplicationHostConfig(config.iisVersion)});

@@ -249,8 +249,9 @@ TEST(StockMachine, Iis7AndLaterGetTheFileAndTheSiteFolder) {
     const std::string expected = StockApplicationHostConfig(config.iisVersion);
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(file.data()), file.size()), expected);
     EXPECT_TRUE(std::filesystem::is_regular_file(drive / "inetpub" / "wwwroot" / "iisstart.htm"));
+    // The 32-bit webrig on this 64-bit machine reaches the real System32 only as Sysnative.
     EXPECT_TRUE(temp.machine().files().PathExists(
-        u"C:\\WINNT\\system32\\inetsrv\\config\\applicationHost.config"));
+        u"C:\\WINNT\\Sysnative\\inetsrv\\config\\applicationHost.config"));
     EXPECT_EQ(ApplicationHostConfigPath(config),
               u"C:\\WINNT\\System32\\inetsrv\\config\\applicationHost.config");
 }

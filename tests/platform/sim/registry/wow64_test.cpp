@@ -99,6 +99,29 @@ TEST_F(Wow64, DeleteKeyUsesTheViewOfItsAccessMask) {
     EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node", u"Twin"}));
 }
 
+TEST_F(Wow64, SharedKeysAreNotRedirected) {
+    struct Case {
+        const char16_t* path;
+        std::initializer_list<const char16_t*> physical;
+    };
+    const Case cases[] = {
+        {u"SOFTWARE\\Microsoft\\SystemCertificates\\MY\\Certificates\\AB",
+         {u"SOFTWARE", u"Microsoft", u"SystemCertificates", u"MY", u"Certificates", u"AB"}},
+        {u"SOFTWARE\\Classes\\.webrig", {u"SOFTWARE", u"Classes", u".webrig"}},
+        {u"SOFTWARE\\Classes\\CLSID\\{1}",
+         {u"SOFTWARE", u"WOW6432Node", u"Classes", u"CLSID", u"{1}"}},
+        {u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\P",
+         {u"SOFTWARE", u"WOW6432Node", u"Microsoft", u"Windows", u"CurrentVersion", u"Uninstall",
+          u"P"}},
+        {u"SOFTWARE\\Microsoft\\SystemCertificatesX",
+         {u"SOFTWARE", u"WOW6432Node", u"Microsoft", u"SystemCertificatesX"}},
+    };
+    for (const Case& c : cases) {
+        ASSERT_EQ(Create(c.path, k32), 0u) << qm::to_utf8(c.path);
+        EXPECT_TRUE(Exists(c.physical)) << qm::to_utf8(c.path);
+    }
+}
+
 // arm64 runs 32-bit code under WOW64 too; x86 has no second view.
 TEST(Wow64Machines, RedirectOnEvery64BitArchitectureOnly) {
     using platform::ProcessorArchitecture;
