@@ -178,8 +178,6 @@ TEST_F(SessionTest, OpenKeyToWebsiteSelectsTheItemsLocation) {
          u"C:\\vdir"},
     };
     for (const OpenKeyCase& c : cases) {
-        CIISWebsiteProp website;
-        website.DisplayName = u"Default Web Site";
         website.RootDir = u"C:\\site";
         CIISVRootProp vroot;
         vroot.DisplayName = c.displayName;

@@ -10,6 +10,7 @@
 #include "platform/sim/machine/machine_layout.h"
 #include "testing/config_xml.h"
 #include "testing/faulty_platform.h"
+#include "testing/iis_config_machine.h"
 
 namespace webrig::testing {
 
@@ -33,6 +34,7 @@ class TestVistaBackend final : public CIisFunctionsVista {
     bool Logged(std::string_view line) const { return Count(line) != 0; }
 
     using CIisFunctionsVista::AddElement;
+    using CIisFunctionsVista::CanDeletePath;
     using CIisFunctionsVista::ChangeCommitPath;
     using CIisFunctionsVista::CommitChanges;
     using CIisFunctionsVista::CreateNewElement;
@@ -61,9 +63,18 @@ class TestVistaBackend final : public CIisFunctionsVista {
 
 inline constexpr char16_t kSitePath[] = u"MACHINE/WEBROOT/APPHOST/Default Web Site";
 
-struct VistaFixture : ::testing::Test {
+// A fresh IIS 10 machine with the backend on it.
+struct VistaMachine {
     FaultyPlatform platform;
     TestVistaBackend backend{platform};
+    CIISWebsiteProp website;
+
+    VistaMachine() {
+        website.DisplayName = u"Default Web Site";
+        website.SiteNumber = u"1";
+        website.Port = u"80";
+        website.RootDir = u"C:\\inetpub\\wwwroot";
+    }
 
     std::filesystem::path DrivePath(const std::string& relative) {
         return sim::DriveCPath(platform.temp().path()) / relative;
@@ -76,6 +87,39 @@ struct VistaFixture : ::testing::Test {
     size_t CountNodes(const std::string& xpath) {
         return AppHostXml()->select_nodes(xpath.c_str()).size();
     }
+    // Replaces the first `from` of applicationHost.config's text.
+    void EditAppHost(const std::string& from, const std::string& to) {
+        std::string text = IisConfigMachine::ReadText(AppHost());
+        text.replace(text.find(from), from.size(), to);
+        IisConfigMachine::WriteText(AppHost(), text);
+    }
+    // Applications of the Default Web Site, after its root application.
+    void AddApplications(const std::vector<std::string>& paths) {
+        std::string xml;
+        for (const std::string& path : paths) {
+            xml += "<application path=\"" + path +
+                   R"("><virtualDirectory path="/" physicalPath="C:\inetpub" /></application>)";
+        }
+        EditAppHost("<bindings>", xml + "<bindings>");
+    }
+    // The Default Web Site becomes the current site, as a site lookup makes it.
+    void SelectDefaultSite() {
+        backend.m_spSiteElement = backend.FindElementInCollection(
+            backend.GetAdminSection(u"system.applicationHost/sites", u"MACHINE/WEBROOT/APPHOST"),
+            u"name", u"Default Web Site", u"", u"", false);
+        ASSERT_NE(backend.m_spSiteElement, nullptr);
+    }
+    static std::unique_ptr<CIISVRootProp> VRoot(const std::u16string& displayName, int32_t itemType,
+                                                const std::u16string& appName = u"") {
+        auto vroot = std::make_unique<CIISVRootProp>();
+        vroot->DisplayName = displayName;
+        vroot->ItemType = itemType;
+        vroot->AppName = appName;
+        vroot->RootDir = u"C:\\content";
+        return vroot;
+    }
 };
+
+struct VistaFixture : ::testing::Test, VistaMachine {};
 
 }  // namespace webrig::testing
