@@ -1,0 +1,75 @@
+// A pool, a site with an application, a virtual directory in it and a nested one below that,
+// with a setting that only the main file may hold: created, found and removed in the order the
+// install and uninstall use, the configuration ends as it began.
+
+#include "apphost/vista_backend.h"
+
+namespace webrig::testing {
+namespace {
+
+using CycleTest = VistaFixture;
+
+TEST_F(CycleTest, CreateFindRemoveLeavesTheStockConfiguration) {
+    const auto stock = AppHostXml();
+    std::filesystem::create_directories(DrivePath("shop/app"));
+    CIISAppPoolProp pool;
+    pool.Name = u"ShopPool";
+    website.DisplayName = u"Shop";
+    website.Port = u"8080";
+    website.RootDir = u"C:\\shop";
+    website.Component = u"Shop";
+    auto app = VRoot(u"app", 2);
+    app->RootDir = u"C:\\shop\\app";
+    app->AppPool = u"ShopPool";
+    const auto docs = VRoot(u"app\\docs", 3);
+    const auto images = VRoot(u"docs\\img", 1);
+
+    ASSERT_EQ(backend.CreateAppPoolFunction(pool), 0);
+    ASSERT_EQ(backend.CommitChanges(), 0);
+    ASSERT_FALSE(backend.FindSiteWithPort(website));
+    backend.GetNextWebsiteId(website);
+    ASSERT_EQ(website.SiteNumber, u"2");
+    ASSERT_EQ(backend.AddWebSiteFunction(website), 0);
+    ASSERT_TRUE(backend.FindSiteWithId(website));
+    ASSERT_EQ(backend.CreateApplication(website, app.get()), 0);
+    ASSERT_TRUE(backend.FindSiteWithId(website));
+    ASSERT_EQ(backend.CreateVirtualDirectory(website, *docs), 0);
+    ASSERT_TRUE(backend.FindSiteWithId(website));
+    ASSERT_EQ(backend.AppCreate(website, images.get()), 0);
+    // Anonymous authentication may not be set in the application's web.config: it goes into a
+    // location tag of the main file.
+    ASSERT_EQ(backend.OpenKeyToWebsite(&website, nullptr, app.get()), 0);
+    CIisFunctionsVista::ElementPtr anonymous;
+    ASSERT_EQ(
+        backend.GetConfigElement(
+            u"system.webServer/security/authentication/anonymousAuthentication", u"", anonymous),
+        0);
+    ASSERT_EQ(backend.PutPropertyValue(anonymous, u"enabled", u"false", false), 0);
+    ASSERT_EQ(backend.CommitChanges(), 0);
+    EditAppHost(
+        "<customMetadata />",
+        R"(<customMetadata><key path="LM/W3SVC/2/ROOT/app" /><key path="LM/W3SVC/2" /></customMetadata>)");
+    const std::string site = "//site[@name='Shop' and @id='2']";
+    EXPECT_EQ(CountNodes(site + "/application[@path='/app' and @applicationPool='ShopPool']"
+                                "/virtualDirectory[@path='/docs/img']"),
+              1u);
+    EXPECT_EQ(CountNodes("/configuration/location[@path='Shop/app']"), 1u);
+
+    ASSERT_TRUE(backend.FindSiteWithPort(website));
+    EXPECT_EQ(backend.RemoveLegacyApplication(website, *images), 0);
+    ASSERT_TRUE(backend.FindSiteWithId(website));
+    EXPECT_EQ(backend.RemoveVirtualDirectory(website, *docs), 0);
+    ASSERT_TRUE(backend.FindSiteWithId(website));
+    EXPECT_EQ(backend.RemoveApplication(website, *app), 0);
+    ASSERT_TRUE(backend.FindSiteWithId(website));
+    EXPECT_TRUE(backend.CanDeletePath());
+    EXPECT_EQ(backend.RemoveWebsite(website), 0);
+    EXPECT_EQ(backend.RemoveAppPoolFunction(pool), 0);
+
+    EXPECT_EQ(ElementDifference(stock->document_element(), AppHostXml()->document_element()), "");
+    EXPECT_EQ(CountNodes("/configuration/location"), 0u);
+    EXPECT_EQ(CountNodes("//customMetadata/*"), 0u);
+}
+
+}  // namespace
+}  // namespace webrig::testing
