@@ -106,11 +106,7 @@ class CIisFunctionsVista {
     // IIS 6 access flags as the flags text of "accessPolicy": 0x205 gives "Script, Execute, Read".
     static qm::wstring FormatAccessPolicy(uint32_t flags);
 
-  protected:
-    explicit CIisFunctionsVista(webrig::platform::Platform& platform);
-
-    webrig::platform::Platform& platform() noexcept { return m_platform; }
-
+    // The primitives the item operations and the item settings are built on.
     // The session (administration manager, commit path, sections, commits).
     // A counted reference to the manager, created when there is none; null when it cannot be.
     ManagerPtr GetAdminManager();
@@ -181,6 +177,12 @@ class CIisFunctionsVista {
     // virtual directory; nothing is committed.
     void RemoveApplicationLeftovers(const CIISWebsiteProp& website, const CIISVRootProp* vroot);
 
+  protected:
+    explicit CIisFunctionsVista(webrig::platform::Platform& platform);
+
+    webrig::platform::Platform& platform() noexcept { return m_platform; }
+
+    // The backend's state; see the operations that set each.
     ElementPtr m_spSiteElement;
     ManagerPtr m_spAppHostAdminManager;
     qm::wstring m_sParentAppPath;
@@ -196,8 +198,7 @@ class CIisFunctionsVista {
   private:
     // Why the manager could not be created, for the calls that needed it.
     qm::hresult ManagerFailure() const noexcept { return m_managerCreation; }
-    // Removes the current site's application at `path` (RemoveApplication and
-    // RemoveLegacyApplication).
+    // The body of RemoveApplication and RemoveLegacyApplication.
     int32_t RemoveApplicationAt(CIISWebsiteProp& website, CIISVRootProp& vroot);
 
     webrig::platform::Platform& m_platform;

@@ -1,10 +1,9 @@
 #pragma once
-// A simulated machine whose IIS 7+ administration objects and IIS 6 admin base class can be told
-// to fail where the simulation itself never does: the manager's creation, get_CommitPath,
-// CommitChanges, the way to the main file's locations, and creating an admin base object.
+// A simulated machine whose IIS 7+ administration objects fail where told to, where the
+// simulation itself never does: the manager's creation, get_CommitPath, CommitChanges and
+// get_ConfigManager (the way to the main file's locations).
 
 #include <deque>
-#include <memory>
 
 #include "platform/platform.h"
 #include "testing/temp_machine.h"
@@ -12,21 +11,16 @@
 namespace webrig::testing {
 
 struct IisFaults {
-    qm::hresult createManager = 0;  // CoCreateInstance of the manager
+    qm::hresult createManager = 0;
     qm::hresult getCommitPath = 0;
-    // CommitChanges answers these, one per call and without committing, before it commits again.
-    std::deque<qm::hresult> commitAnswers;
     qm::hresult getConfigManager = 0;
-    qm::hresult getConfigFile = 0;
-    qm::hresult getLocations = 0;
-    qm::hresult createAdminBase = 0;  // IClassFactory::CreateInstance of IMSAdminBase
-    int managersCreated = 0;
+    // CommitChanges answers these, one a call and without committing, before it commits again.
+    std::deque<qm::hresult> commitAnswers;
 };
 
 class FaultyPlatform final : public platform::Platform {
   public:
     explicit FaultyPlatform(const sim::MachineConfig& config = {});
-    ~FaultyPlatform() override;
 
     IisFaults faults;
     TempMachine& temp() noexcept { return m_temp; }
@@ -41,15 +35,12 @@ class FaultyPlatform final : public platform::Platform {
     platform::Automation& automation() override { return machine().automation(); }
     platform::HostObjects& hostObjects() override { return machine().hostObjects(); }
     platform::ServiceControl& services() override { return machine().services(); }
-    platform::ComClasses& comClasses() override;
-    platform::IisConfiguration& iisConfiguration() override;
+    platform::ComClasses& comClasses() override { return machine().comClasses(); }
+    platform::IisConfiguration& iisConfiguration() override { return *m_configuration; }
 
   private:
-    class Configuration;
-    class Classes;
     TempMachine m_temp;
-    std::unique_ptr<Configuration> m_configuration;
-    std::unique_ptr<Classes> m_classes;
+    std::unique_ptr<platform::IisConfiguration> m_configuration;
 };
 
 }  // namespace webrig::testing
