@@ -3,11 +3,18 @@
 // pools in the IIS configuration system, and item settings translated into its sections. It is
 // the second base of CBrindleVistaController, which gives it the services declared first below.
 // Metabase key handles appear only where the controller passes them through; they are ignored.
+//
+// Every change goes through one writable administration manager, created on first use and
+// dropped after every commit: its commit path picks the file that receives the changes
+// (applicationHost.config at "MACHINE/WEBROOT/APPHOST", a web.config below it). Operations
+// that catch exceptions say so; the others let a qm::com_exception of a failed configuration
+// call reach the controller operation that called them, which catches it.
 
 #include <cstdint>
 #include <memory>
 #include <vector>
 
+#include "platform/iis_config.h"
 #include "platform/metabase.h"
 #include "platform/platform.h"
 #include "settings/iis_app_pool_prop.h"
@@ -19,6 +26,13 @@
 class CIisFunctionsVista {
   public:
     using MetadataHandle = webrig::platform::MetadataHandle;
+    using ElementPtr = std::shared_ptr<webrig::platform::ConfigElement>;
+    using CollectionPtr = std::shared_ptr<webrig::platform::ElementCollection>;
+    using PropertyPtr = std::shared_ptr<webrig::platform::ConfigProperty>;
+    using ManagerPtr = std::shared_ptr<webrig::platform::AdminManager>;
+
+    // The configuration path of applicationHost.config.
+    static constexpr char16_t kAppHostPath[] = u"MACHINE/WEBROOT/APPHOST";
 
     CIisFunctionsVista(const CIisFunctionsVista&) = delete;
     CIisFunctionsVista& operator=(const CIisFunctionsVista&) = delete;
@@ -32,14 +46,15 @@ class CIisFunctionsVista {
     // Drops the administration session.
     virtual ~CIisFunctionsVista();
 
-    // The session: a probe for the metabase compatibility layer, and the configuration location
-    // (commit path) of a website or one of its virtual directories; the main configuration file
-    // without a website.
+    // The session: a probe for the metabase compatibility layer (for the log; always 0), and
+    // the configuration location (commit path) of a website or one of its virtual directories;
+    // the main configuration file without a website.
     int32_t InitIISObject();
     int32_t OpenKeyToWebsite(CIISWebsiteProp* website, MetadataHandle* ignored,
                              CIISVRootProp* vroot);
 
-    // Sites.
+    // Sites. A site found or created becomes the current site, which the application and
+    // virtual directory operations work on.
     int32_t AddWebSiteFunction(CIISWebsiteProp& website);
     int32_t RemoveWebsite(CIISWebsiteProp& website);
     bool FindSiteWithId(CIISWebsiteProp& website);
@@ -47,7 +62,8 @@ class CIisFunctionsVista {
     // Gives the website the next free site id.
     void GetNextWebsiteId(CIISWebsiteProp& website);
 
-    // Applications, virtual directories and application pools.
+    // Applications, virtual directories and application pools. "Already exists" answers 183
+    // for applications and virtual directories, 0x800700B7 for pools.
     int32_t AppCreate(CIISWebsiteProp& website, CIISVRootProp* vroot);
     int32_t CreateApplication(CIISWebsiteProp& website, CIISVRootProp* vroot);
     int32_t CreateVirtualDirectory(CIISWebsiteProp& website, CIISVRootProp& vroot);
@@ -76,11 +92,115 @@ class CIisFunctionsVista {
     int32_t SetAppPoolProperties(CIISAppPoolProp& pool);
     bool CheckAspNetBitness(const qm::wstring& poolName, const qm::wstring& requestedBitness);
 
+    // Value conversions.
+    // "true" and "false" (exactly) become booleans, other text a string (normalized as a
+    // virtual path with `isPath`).
+    static webrig::platform::Variant MakePropertyVariant(const qm::wstring& text, bool isPath);
+    // Backslashes to slashes and a leading slash: "a\b" gives "/a/b", "" gives "/".
+    static qm::wstring NormalizeVirtualPath(qm::wstring_view text);
+    static qm::wstring FormatNumber(int32_t number);
+    // "hh:mm:ss", hours not wrapped at a day: 90061 gives "25:01:01".
+    static qm::wstring FormatTimeSpanFromSeconds(int32_t seconds);
+    // "[d.]hh:mm:00": 1500 gives "1.01:00:00".
+    static qm::wstring FormatTimeSpanFromMinutes(int32_t minutes);
+    // IIS 6 access flags as the flags text of "accessPolicy": 0x205 gives "Script, Execute, Read".
+    static qm::wstring FormatAccessPolicy(uint32_t flags);
+
+    // The primitives the item operations and the item settings are built on.
+    // The session (administration manager, commit path, sections, commits).
+    // A counted reference to the manager, created when there is none; null when it cannot be.
+    ManagerPtr GetAdminManager();
+    // "" when it cannot be read.
+    qm::wstring GetCommitPath();
+    int32_t PutCommitPath(const qm::wstring& path);
+    // 0 when `path` is the commit path already; else `path` gets slashes for its backslashes
+    // and is put.
+    int32_t ChangeCommitPath(qm::wstring& path);
+    int32_t SetCommitPath(const qm::wstring& siteName, const qm::wstring& appPath);
+    // Null when the section cannot be had, even after one retry in the main configuration file.
+    ElementPtr GetAdminSection(const qm::wstring& sectionName, const qm::wstring& path,
+                               bool retried = false);
+    // Drops `element` and the manager, unless the commit path is the main configuration file
+    // already: then `failure` is returned.
+    int32_t UseMainConfigurationFile(ElementPtr& element, int32_t failure);
+    // Commits and drops the manager; excuses a failure after a write that changed nothing, and
+    // 0x800700B7.
+    int32_t CommitChanges();
+
+    // Elements, collections and properties.
+    PropertyPtr GetPropertyByName(const ElementPtr& element, const qm::wstring& name);
+    int32_t PutPropertyCommon(const ElementPtr& element, const qm::wstring& name,
+                              const qm::wstring& value, bool isPath);
+    // PutPropertyCommon, repeated at the application host level when the level of the commit
+    // path may not hold the attribute (0x80070021).
+    int32_t PutPropertyValue(ElementPtr element, const qm::wstring& name, const qm::wstring& value,
+                             bool isPath);
+    int32_t PutPropertyValueAtAppHostLevel(const qm::wstring& path, const qm::wstring& sectionName,
+                                           const qm::wstring& name, const qm::wstring& value,
+                                           bool isPath);
+    ElementPtr CreateNewElement(const CollectionPtr& collection, const qm::wstring& name);
+    // Position -1 appends; an entry that exists already counts as added.
+    int32_t AddElement(const CollectionPtr& collection, const ElementPtr& element,
+                       int32_t position);
+    CollectionPtr GetElementCollection(const ElementPtr& element);
+    ElementPtr GetSubElement(const ElementPtr& parent, const qm::wstring& name);
+    // The first entry of the parent's collection whose attributes match, ignoring letter case
+    // (`attribute2` empty: only the first). With `deleteIt` the entry is deleted and null is
+    // returned.
+    ElementPtr FindElementInCollection(const ElementPtr& parent, const qm::wstring& attribute1,
+                                       const qm::wstring& value1, const qm::wstring& attribute2,
+                                       const qm::wstring& value2, bool deleteIt);
+    // The section at the commit path (for the application pools section, the entry of
+    // m_sAppPoolName), then the child elements of `subPath` ("processModel",
+    // "recycling/periodicRestart"). 0 or -2116.
+    int32_t GetConfigElement(const qm::wstring& sectionName, const qm::wstring& subPath,
+                             ElementPtr& element);
+    int32_t GetConfigElementCollection(const qm::wstring& sectionName, const qm::wstring& subPath,
+                                       ElementPtr* element, CollectionPtr* collection);
+    ElementPtr GetAppPoolElement(const CIISAppPoolProp& pool);
+
+    // Sites.
+    qm::wstring GetBindingInformationString(const CIISWebsiteProp& website);
+    CollectionPtr GetBindingsCollection(const ElementPtr& site);
+    bool SiteHasPort(const ElementPtr& site, const qm::wstring& port);
+    void RememberSite(const CIISWebsiteProp& website);
+    qm::wstring GetNextWebsiteId();
+
+    // Applications and virtual directories of the current site.
+    int32_t CreateVirtualDirVista(const ElementPtr& application, const qm::wstring& physicalPath,
+                                  const qm::wstring& virtualPath);
+    // The application that holds `virtualPath`, which becomes the path relative to it.
+    ElementPtr FindParentApplication(qm::wstring& virtualPath, qm::wstring& containingPath);
+    int32_t CreateNestedVirtualDirectory(const qm::wstring& physicalPath,
+                                         const qm::wstring& nestedPath);
+    // Metadata entries of the IIS 6 compatibility layer and location tags left for the site or
+    // virtual directory; nothing is committed.
+    void RemoveApplicationLeftovers(const CIISWebsiteProp& website, const CIISVRootProp* vroot);
+
   protected:
     explicit CIisFunctionsVista(webrig::platform::Platform& platform);
 
     webrig::platform::Platform& platform() noexcept { return m_platform; }
 
+    // The backend's state; see the operations that set each.
+    ElementPtr m_spSiteElement;
+    ManagerPtr m_spAppHostAdminManager;
+    qm::wstring m_sParentAppPath;
+    qm::wstring m_sAppPoolName;
+    qm::wstring m_sPhysicalPath;
+    qm::wstring m_sConfigDirectory;
+    qm::wstring m_sSiteName;
+    qm::wstring m_sSitePort;
+    qm::wstring m_sSiteIPAddress;
+    qm::wstring m_sSectionName;
+    bool m_bValueChanged = true;
+
   private:
+    // Why the manager could not be created, for the calls that needed it.
+    qm::hresult ManagerFailure() const noexcept { return m_managerCreation; }
+    // The body of RemoveApplication and RemoveLegacyApplication.
+    int32_t RemoveApplicationAt(CIISWebsiteProp& website, CIISVRootProp& vroot);
+
     webrig::platform::Platform& m_platform;
+    qm::hresult m_managerCreation = qm::hr::ok;
 };

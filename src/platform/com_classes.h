@@ -4,10 +4,22 @@
 // choosing the metabase backend.
 
 #include <cstdint>
+#include <memory>
 
 #include "support/result_codes.h"
 
 namespace webrig::platform {
+
+// The class factory (IClassFactory) of the IIS 6 admin base class.
+class AdminBaseClassFactory {
+  public:
+    virtual ~AdminBaseClassFactory() = default;
+
+    // IClassFactory::CreateInstance without an outer object, for IMSAdminBase
+    // ({70B51430-B6CA-11D0-B9B9-00A0C922E750}); the instance is released at once. S_OK or the
+    // creation HRESULT.
+    virtual qm::hresult CreateAdminBase() = 0;
+};
 
 class ComClasses {
   public:
@@ -18,6 +30,12 @@ class ComClasses {
     // S_OK when it could be obtained, else the failure HRESULT (REGDB_E_CLASSNOTREG when the
     // class is not registered).
     virtual qm::hresult ProbeAdminBaseClassFactory() = 0;
+
+    // The same CoGetClassObject (class context 21: in-process, local and remote server, with an
+    // all-zero COSERVERINFO), keeping the factory for a CreateInstance. S_OK with a factory, or
+    // the failure HRESULT and no factory.
+    virtual qm::hresult GetAdminBaseClassFactory(
+        std::unique_ptr<AdminBaseClassFactory>& factory) = 0;
 };
 
 }  // namespace webrig::platform

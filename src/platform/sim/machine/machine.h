@@ -68,12 +68,27 @@ class Machine final : public platform::Platform {
     platform::Adsi& adsi() override { return m_adsi; }
 
   private:
+    class AdminBaseFactory final : public platform::AdminBaseClassFactory {
+      public:
+        qm::hresult CreateAdminBase() override { return qm::hr::ok; }
+    };
+
     // The IIS 6 admin base class is registered where machine.json says the metabase is.
     class SimComClasses final : public platform::ComClasses {
       public:
         explicit SimComClasses(const MachineConfig& config) : m_config(config) {}
         qm::hresult ProbeAdminBaseClassFactory() override {
             return m_config.HasMetabase() ? qm::hr::ok : qm::hr::class_not_registered;
+        }
+        // Where the class is registered, its factory creates admin base objects.
+        qm::hresult GetAdminBaseClassFactory(
+            std::unique_ptr<platform::AdminBaseClassFactory>& factory) override {
+            factory.reset();
+            if (!m_config.HasMetabase()) {
+                return qm::hr::class_not_registered;
+            }
+            factory = std::make_unique<AdminBaseFactory>();
+            return qm::hr::ok;
         }
 
       private:

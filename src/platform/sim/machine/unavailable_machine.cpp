@@ -83,6 +83,11 @@ class UnavailableServiceControl final : public platform::ServiceControl {
 class UnavailableComClasses final : public platform::ComClasses {
   public:
     qm::hresult ProbeAdminBaseClassFactory() override { return qm::hresult_from_win32(not_ready); }
+    qm::hresult GetAdminBaseClassFactory(
+        std::unique_ptr<platform::AdminBaseClassFactory>& factory) override {
+        factory.reset();
+        return qm::hresult_from_win32(not_ready);
+    }
 };
 
 class UnavailableIisConfiguration final : public platform::IisConfiguration {

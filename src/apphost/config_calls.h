@@ -1,0 +1,28 @@
+#pragma once
+// Small helpers of the IIS 7+ backend's calls into the configuration system.
+
+#include <cstdint>
+
+#include "support/com_exception.h"
+#include "support/format.h"
+#include "support/result_codes.h"
+#include "support/wide_string.h"
+
+namespace webrig::apphost {
+
+// A failed configuration call that the operation has no answer for ends it, as a COM error.
+inline void ThrowIfFailed(qm::hresult hr) {
+    if (qm::failed(hr)) {
+        throw qm::com_exception(hr);
+    }
+}
+
+// Codes appear in log lines as signed decimal numbers (0x80070002 is -2147024894).
+inline qm::wstring Decimal(int32_t code) {
+    return qm::format(u"%d", code);
+}
+
+// Equal when only the letters A to Z differ in case.
+bool EqualsIgnoringAsciiCase(qm::wstring_view a, qm::wstring_view b) noexcept;
+
+}  // namespace webrig::apphost
