@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "controller/bound_controllers.h"
+#include "controller/controller_factory.h"
 #include "settings/iis_pro_ini_loader.h"
 #include "settings/uninstall_information.h"
 #include "testing/case_name.h"
@@ -227,15 +228,34 @@ INSTANTIATE_TEST_SUITE_P(
                       RoundTripCase{"no product code", u"", u"SITE_NO", false}),
     NameFromWhat());
 
+TEST(SiteNumberOnIis10Test, TheConfigurationSystemGivesTheNextFreeNumber) {
+    TempMachine temp;  // IIS 10 with the Default Web Site as site 1
+    const auto controller = controller::BuildController(true, temp.machine());
+    CIISPropertyBag bag;
+    bag.productCode = u"{P}";
+    ASSERT_EQ(controller->SetPropertyBag(bag), 0);
+    CIISWebsiteProp website;
+    website.SiteNumber = CIISVRootController::kNewSiteNumberMarker;
+    website.SiteNumberProperty = u"[SITE]";
+    EXPECT_FALSE(controller->WebsiteExists(website));
+    EXPECT_EQ(website.SiteNumber, u"2");
+    qm::wstring stored;
+    EXPECT_TRUE(settings::ReadSiteNumberValue(temp.machine().registry(), u"{P}", u"SITE", stored));
+    EXPECT_EQ(stored, u"2");
+}
+
 TEST(UninstallInfoKeyTest, IsCreatedOnlyWhenMissing) {
     TempMachine temp;
     platform::Registry& registry = temp.machine().registry();
     EXPECT_EQ(settings::EnsureUninstallInfoKey(registry, u"{P}"), 0u);
+    platform::ScopedRegKey key(registry);
+    EXPECT_EQ(registry.OpenKey(platform::kLocalMachine, settings::UninstallInfoKeyPath(u"{P}"),
+                               platform::key_access::read, key.receive()),
+              0u);
     ASSERT_TRUE(settings::WriteSiteNumberValue(registry, u"{P}", u"SITE", u"4"));
     EXPECT_EQ(settings::EnsureUninstallInfoKey(registry, u"{P}"), 0u);
     qm::wstring stored;
     EXPECT_TRUE(settings::ReadSiteNumberValue(registry, u"{P}", u"SITE", stored));
-    EXPECT_EQ(stored, u"4");
 }
 
 // ---- Ports and base paths.
