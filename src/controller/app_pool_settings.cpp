@@ -123,27 +123,23 @@ int32_t CIISVRootController::SetAppPoolProperties(CIISAppPoolProp& pool) {
             {pool.QueueLimit, property::queue_length, 65535},
             {pool.LoadUserProfile, property::load_user_profile, 0},
         };
-        int32_t result = 0;
         for (const Numeric& number : numbers) {
-            result =
-                SetAppPoolProperty(handle, number.value, number.identifier, number.defaultValue);
-            if (result != 0) {
-                break;
+            if (const int32_t result = SetAppPoolProperty(handle, number.value, number.identifier,
+                                                          number.defaultValue);
+                result != 0) {
+                return result;
             }
         }
-        if (result == 0) {
-            result = SetRecycleTimes(handle, pool);
+        if (const int32_t result = SetRecycleTimes(handle, pool); result != 0) {
+            return result;
         }
-        if (result == 0) {
-            result = SetCpuMon(handle, pool);
+        if (const int32_t result = SetCpuMon(handle, pool); result != 0) {
+            return result;
         }
-        if (result == 0) {
-            result = SetIdentity(handle, pool);
+        if (const int32_t result = SetIdentity(handle, pool); result != 0) {
+            return result;
         }
-        if (result == 0) {
-            result = SetAppPoolProperties(std::as_const(pool));
-        }
-        return result;
+        return SetAppPoolProperties(std::as_const(pool));
     } catch (...) {
         LogMessage(u"Exception caught in SetAppPoolProperties function");
         return status::app_pool_failed_or_element_missing;
