@@ -17,4 +17,20 @@ bool EqualsIgnoringAsciiCase(qm::wstring_view a, qm::wstring_view b) noexcept {
     return true;
 }
 
+std::vector<qm::wstring> SplitText(qm::wstring_view text, char16_t separator, bool trailingPiece) {
+    std::vector<qm::wstring> pieces;
+    size_t start = 0;
+    while (true) {
+        const size_t end = text.find(separator, start);
+        if (end == qm::wstring_view::npos) {
+            if (start < text.size() || trailingPiece || pieces.empty()) {
+                pieces.emplace_back(text.substr(start));
+            }
+            return pieces;
+        }
+        pieces.emplace_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+}
+
 }  // namespace webrig::apphost

@@ -2,6 +2,7 @@
 // Small helpers of the IIS 7+ backend's calls into the configuration system.
 
 #include <cstdint>
+#include <vector>
 
 #include "support/com_exception.h"
 #include "support/format.h"
@@ -24,5 +25,9 @@ inline qm::wstring Decimal(int32_t code) {
 
 // Equal when only the letters A to Z differ in case.
 bool EqualsIgnoringAsciiCase(qm::wstring_view a, qm::wstring_view b) noexcept;
+
+// The pieces between the separators, empty ones included ("a;;b" gives a, "", b; "" gives one
+// empty piece). A separator at the end adds an empty piece only with `trailingPiece`.
+std::vector<qm::wstring> SplitText(qm::wstring_view text, char16_t separator, bool trailingPiece);
 
 }  // namespace webrig::apphost
