@@ -54,7 +54,8 @@ IisConfigMachine& MachineWith(int siteCount) {
     static std::map<int, std::unique_ptr<IisConfigMachine>> machines;
     auto& machine = machines[siteCount];
     if (!machine) {
-        machine = std::make_unique<IisConfigMachine>(AppHostWithSites(siteCount));
+        machine = std::make_unique<IisConfigMachine>(AppHostWithSites(siteCount),
+                                                     webrig::testing::SchemaSource::schemaFolder);
     }
     return *machine;
 }

@@ -14,8 +14,7 @@ bool IsListed(qm::wstring_view hiddenProperties, qm::wstring_view name) {
     size_t start = 0;
     while (true) {
         const size_t end = hiddenProperties.find(u';', start);
-        const qm::wstring_view listed = hiddenProperties.substr(start, end - start);
-        if (!listed.empty() && listed == name) {
+        if (hiddenProperties.substr(start, end - start) == name) {
             return true;
         }
         if (end == qm::wstring_view::npos) {

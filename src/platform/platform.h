@@ -3,7 +3,9 @@
 // Windows only through these interfaces; `platform/win32` implements them on Windows and
 // `platform/sim` on a simulated machine kept in a folder.
 
+#include "platform/adsi.h"
 #include "platform/automation.h"
+#include "platform/certificates.h"
 #include "platform/clock.h"
 #include "platform/code_page.h"
 #include "platform/com_classes.h"
@@ -11,6 +13,7 @@
 #include "platform/host_objects.h"
 #include "platform/iis_config.h"
 #include "platform/modules.h"
+#include "platform/processes.h"
 #include "platform/registry.h"
 #include "platform/service_control.h"
 #include "platform/system_info.h"
@@ -32,6 +35,9 @@ class Platform {
     virtual ServiceControl& services() = 0;
     virtual ComClasses& comClasses() = 0;
     virtual IisConfiguration& iisConfiguration() = 0;
+    virtual Certificates& certificates() = 0;
+    virtual Processes& processes() = 0;
+    virtual Adsi& adsi() = 0;
 };
 
 }  // namespace webrig::platform

@@ -40,7 +40,8 @@ constexpr hresult sharing_violation = static_cast<hresult>(0x80070020u);
 constexpr hresult lock_violation = static_cast<hresult>(0x80070021u);
 constexpr hresult not_supported = static_cast<hresult>(0x80070032u);
 constexpr hresult already_exists = static_cast<hresult>(0x800700B7u);
-constexpr hresult file_checked_out = static_cast<hresult>(0x800700DDu);
+// ERROR_CHECKOUT_REQUIRED (221): put_CommitPath while changes are pending.
+constexpr hresult checkout_required = static_cast<hresult>(0x800700DDu);
 constexpr hresult element_not_found = static_cast<hresult>(0x80070490u);
 constexpr hresult invalid_index = static_cast<hresult>(0x80070585u);
 }  // namespace hr

@@ -17,37 +17,18 @@ struct RecordCase {
     const char16_t* eventName;
 };
 
-class ItemRecordTest : public ::testing::TestWithParam<RecordCase> {
-  protected:
+class ItemRecordTest : public ::testing::TestWithParam<RecordCase> {};
+
+TEST_P(ItemRecordTest, RecordsTheEventNameAndTheItemNameUnlessSuppressed) {
     VistaBound bound;
-    std::shared_ptr<RecordingOperationSource::Recorder> recorder =
-        std::make_shared<RecordingOperationSource::Recorder>();
-
-    void Record(const qm::wstring& name) { (bound.slots().*GetParam().record)(name); }
-};
-
-TEST_P(ItemRecordTest, RecordsTheEventNameAndTheItemName) {
+    EXPECT_NO_THROW((bound.slots().*GetParam().record)(u"Website_Shop"));  // no recorder yet
+    const auto recorder = std::make_shared<RecordingOperationSource::Recorder>();
     bound.controller.operationRecorder = recorder;
-    Record(u"Website_Shop");
+    (bound.slots().*GetParam().record)(u"Website_Shop");
+    bound.controller.suppressEvents = true;
+    (bound.slots().*GetParam().record)(u"Website_Other");
     EXPECT_EQ(recorder->records,
               (std::vector<std::vector<qm::wstring>>{{GetParam().eventName, u"Website_Shop"}}));
-}
-
-TEST_P(ItemRecordTest, NothingWhileSuppressed) {
-    bound.controller.operationRecorder = recorder;
-    bound.controller.suppressEvents = true;
-    Record(u"Website_Shop");
-    EXPECT_TRUE(recorder->records.empty());
-}
-
-TEST_P(ItemRecordTest, NothingWithoutARecorder) {
-    EXPECT_NO_THROW(Record(u"Website_Shop"));
-}
-
-TEST_P(ItemRecordTest, ARefusedRecordRaisesTheRecordersError) {
-    recorder->failWith = qm::hr::fail;
-    bound.controller.operationRecorder = recorder;
-    EXPECT_THROW(Record(u"Website_Shop"), qm::com_exception);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -60,34 +41,29 @@ INSTANTIATE_TEST_SUITE_P(
         RecordCase{"WebSiteCreated", &CIISVRootController::WebSiteCreated, u"IIS WebSite Created"}),
     NameFromWhat());
 
-class ComponentFileInfoTest : public ::testing::Test {
-  protected:
+TEST(ItemRecordFailureTest, ARefusedRecordRaisesTheRecordersError) {
+    LegacyBound bound;
+    const auto recorder = std::make_shared<RecordingOperationSource::Recorder>();
+    recorder->failWith = qm::hr::fail;
+    bound.controller.operationRecorder = recorder;
+    EXPECT_THROW(bound.slots().AppPoolCreated(u"Pool"), qm::com_exception);
+}
+
+TEST(ComponentFileInfoTest, TheHostsFlagSuppressesTheRecordsOfThatComponentOnly) {
     LegacyBound bound;
     TestHost host{bound.temp.machine()};
-};
-
-TEST_F(ComponentFileInfoTest, TheHostsFlagSuppressesTheComponentsRecords) {
     host.componentFlags[u"Web"] = 0x40;
+    host.componentFlags[u"Docs"] = 0x3F;
     bound.slots().ComponentFileInfo(host.context(), u"Main", u"Web");
     EXPECT_TRUE(bound.controller.suppressEvents);
     ASSERT_EQ(host.fileInfoCalls.size(), 1u);
     EXPECT_EQ(host.fileInfoCalls[0].feature, u"Main");
     EXPECT_EQ(host.fileInfoCalls[0].component, u"Web");
-    EXPECT_EQ(host.fileInfoCalls[0].context, host.context());
-}
-
-TEST_F(ComponentFileInfoTest, EachComponentStartsRecordedAgain) {
-    host.componentFlags[u"Web"] = 0x40;
-    host.componentFlags[u"Docs"] = 0x3F;
-    bound.slots().ComponentFileInfo(host.context(), u"Main", u"Web");
     bound.slots().ComponentFileInfo(host.context(), u"Main", u"Docs");
     EXPECT_FALSE(bound.controller.suppressEvents);
-}
-
-TEST_F(ComponentFileInfoTest, AFailedHostCallLeavesTheComponentRecorded) {
-    host.componentFlags[u"Web"] = 0x40;
-    host.fileInfoResult = 1;
+    // A failed host call leaves the component recorded.
     bound.controller.suppressEvents = true;
+    host.fileInfoResult = 1;
     bound.slots().ComponentFileInfo(host.context(), u"Main", u"Web");
     EXPECT_FALSE(bound.controller.suppressEvents);
 }

@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "apphost/iis_functions_vista.h"
@@ -41,7 +43,22 @@ Slot SlotOf(const char* name, MemberFunction function) {
     return {name, static_cast<long>((bits.pointer - 1) / sizeof(void*))};
 }
 
-#define WEBRIG_SLOT(Class, name) SlotOf(#name, &Class::name)
+// Each function's slot, named by its piece of `names`, the text of the argument list.
+template <class... MemberFunctions>
+std::vector<Slot> SlotsOf(std::string_view names, MemberFunctions... functions) {
+    std::vector<Slot> slots;
+    const auto next = [&names] {
+        names.remove_prefix(std::min(names.find_first_not_of(' '), names.size()));
+        const size_t comma = std::min(names.find(','), names.size());
+        std::string name(names.substr(0, comma));
+        names.remove_prefix(std::min(comma + 1, names.size()));
+        return name;
+    };
+    (slots.push_back(SlotOf(next().c_str(), functions)), ...);
+    return slots;
+}
+
+#define WEBRIG_SLOTS(...) SlotsOf(#__VA_ARGS__, __VA_ARGS__)
 
 void ExpectInOrder(const std::vector<Slot>& slots) {
     for (size_t i = 0; i < slots.size(); ++i) {
@@ -53,85 +70,40 @@ TEST(SlotOrderTest, TheFiftyControllerOperations) {
     if (!kItaniumAbi) {
         GTEST_SKIP() << "virtual table layout is read under the Itanium C++ ABI only";
     }
-    ExpectInOrder({
-        WEBRIG_SLOT(CIISVRootController, SetEventSink),
-        WEBRIG_SLOT(CIISVRootController, IsInstallState),
-        WEBRIG_SLOT(CIISVRootController, IsRemoveState),
-        WEBRIG_SLOT(CIISVRootController, CloseKey),
-        WEBRIG_SLOT(CIISVRootController, OpenKeyLog),
-        WEBRIG_SLOT(CIISVRootController, GetData),
-        WEBRIG_SLOT(CIISVRootController, EnumKeys),
-        WEBRIG_SLOT(CIISVRootController, InitIISObject),
-        WEBRIG_SLOT(CIISVRootController, AddWebSiteFunction),
-        WEBRIG_SLOT(CIISVRootController, SetVRtStrProperty),
-        WEBRIG_SLOT(CIISVRootController, RemoveWebsite),
-        WEBRIG_SLOT(CIISVRootController, AppCreate),
-        WEBRIG_SLOT(CIISVRootController, CreateApplication),
-        WEBRIG_SLOT(CIISVRootController, CreateVirtualDirectory),
-        WEBRIG_SLOT(CIISVRootController, CreateAppPoolFunction),
-        WEBRIG_SLOT(CIISVRootController, RemoveLegacyApplication),
-        WEBRIG_SLOT(CIISVRootController, RemoveApplication),
-        WEBRIG_SLOT(CIISVRootController, RemoveVirtualDirectory),
-        WEBRIG_SLOT(CIISVRootController, RemoveAppPoolFunction),
-        WEBRIG_SLOT(CIISVRootController, SetVRtDelimMultiszProperty),
-        WEBRIG_SLOT(CIISVRootController, SetVRtMultiszProperty),
-        WEBRIG_SLOT(CIISVRootController, SetVRtDWProperty),
-        WEBRIG_SLOT(CIISVRootController, SetVRtBinProperty),
-        WEBRIG_SLOT(CIISVRootController, SetDynamicMetaDataProperties),
-        WEBRIG_SLOT(CIISVRootController, CompareDirValues),
-        WEBRIG_SLOT(CIISVRootController, OpenKeyToWebsite),
-        WEBRIG_SLOT(CIISVRootController, FindSiteWithId),
-        WEBRIG_SLOT(CIISVRootController, FindSiteWithPort),
-        WEBRIG_SLOT(CIISVRootController, CanDeletePath),
-        WEBRIG_SLOT(CIISVRootController, GetNextWebsiteId),
-        WEBRIG_SLOT(CIISVRootController, InstallMimeTypes),
-        WEBRIG_SLOT(CIISVRootController, CheckAspNetBitness),
-        WEBRIG_SLOT(CIISVRootController, SetAppPoolProperties),
-        WEBRIG_SLOT(CIISVRootController, IsVistaBackend),
-        WEBRIG_SLOT(CIISVRootController, LogMessage),
-        WEBRIG_SLOT(CIISVRootController, ReportError),
-        WEBRIG_SLOT(CIISVRootController, WebsiteExists),
-        WEBRIG_SLOT(CIISVRootController, GetPortFromBindingInfo),
-        WEBRIG_SLOT(CIISVRootController, GetBasePath),
-        WEBRIG_SLOT(CIISVRootController, MaskPasswordValue),
-        WEBRIG_SLOT(CIISVRootController, VRootCreated),
-        WEBRIG_SLOT(CIISVRootController, AppPoolCreated),
-        WEBRIG_SLOT(CIISVRootController, WebServiceExtensionCreated),
-        WEBRIG_SLOT(CIISVRootController, WebSiteCreated),
-        WEBRIG_SLOT(CIISVRootController, Reserved44),
-        WEBRIG_SLOT(CIISVRootController, Reserved45),
-        WEBRIG_SLOT(CIISVRootController, ComponentFileInfo),
-        WEBRIG_SLOT(CIISVRootController, WriteUninstallProps),
-        WEBRIG_SLOT(CIISVRootController, RemoveUninstallProps),
-        WEBRIG_SLOT(CIISVRootController, SetFormsAuthentication),
-    });
+    using C = CIISVRootController;
+    ExpectInOrder(WEBRIG_SLOTS(
+        &C::SetEventSink, &C::IsInstallState, &C::IsRemoveState, &C::CloseKey, &C::OpenKeyLog,
+        &C::GetData, &C::EnumKeys, &C::InitIISObject, &C::AddWebSiteFunction, &C::SetVRtStrProperty,
+        &C::RemoveWebsite, &C::AppCreate, &C::CreateApplication, &C::CreateVirtualDirectory,
+        &C::CreateAppPoolFunction, &C::RemoveLegacyApplication, &C::RemoveApplication,
+        &C::RemoveVirtualDirectory, &C::RemoveAppPoolFunction, &C::SetVRtDelimMultiszProperty,
+        &C::SetVRtMultiszProperty, &C::SetVRtDWProperty, &C::SetVRtBinProperty,
+        &C::SetDynamicMetaDataProperties, &C::CompareDirValues, &C::OpenKeyToWebsite,
+        &C::FindSiteWithId, &C::FindSiteWithPort, &C::CanDeletePath, &C::GetNextWebsiteId,
+        &C::InstallMimeTypes, &C::CheckAspNetBitness, &C::SetAppPoolProperties, &C::IsVistaBackend,
+        &C::LogMessage, &C::ReportError, &C::WebsiteExists, &C::GetPortFromBindingInfo,
+        &C::GetBasePath, &C::MaskPasswordValue, &C::VRootCreated, &C::AppPoolCreated,
+        &C::WebServiceExtensionCreated, &C::WebSiteCreated, &C::Reserved44, &C::Reserved45,
+        &C::ComponentFileInfo, &C::WriteUninstallProps, &C::RemoveUninstallProps,
+        &C::SetFormsAuthentication));
 }
 
 TEST(SlotOrderTest, TheMetabaseBackendServices) {
     if (!kItaniumAbi) {
         GTEST_SKIP() << "virtual table layout is read under the Itanium C++ ABI only";
     }
-    ExpectInOrder({
-        WEBRIG_SLOT(CIisFunctionsLegacy, LogMessage),
-        WEBRIG_SLOT(CIisFunctionsLegacy, ReportError),
-        WEBRIG_SLOT(CIisFunctionsLegacy, WebsiteExists),
-        WEBRIG_SLOT(CIisFunctionsLegacy, GetPortFromBindingInfo),
-        WEBRIG_SLOT(CIisFunctionsLegacy, GetBasePath),
-        WEBRIG_SLOT(CIisFunctionsLegacy, MaskPasswordValue),
-    });
+    using L = CIisFunctionsLegacy;
+    ExpectInOrder(WEBRIG_SLOTS(&L::LogMessage, &L::ReportError, &L::WebsiteExists,
+                               &L::GetPortFromBindingInfo, &L::GetBasePath, &L::MaskPasswordValue));
 }
 
 TEST(SlotOrderTest, TheConfigurationBackendServices) {
     if (!kItaniumAbi) {
         GTEST_SKIP() << "virtual table layout is read under the Itanium C++ ABI only";
     }
-    ExpectInOrder({
-        WEBRIG_SLOT(CIisFunctionsVista, LogMessage),
-        WEBRIG_SLOT(CIisFunctionsVista, WebsiteExists),
-        WEBRIG_SLOT(CIisFunctionsVista, GetPortFromBindingInfo),
-        WEBRIG_SLOT(CIisFunctionsVista, GetBasePath),
-        WEBRIG_SLOT(CIisFunctionsVista, MaskPasswordValue),
-    });
+    using V = CIisFunctionsVista;
+    ExpectInOrder(WEBRIG_SLOTS(&V::LogMessage, &V::WebsiteExists, &V::GetPortFromBindingInfo,
+                               &V::GetBasePath, &V::MaskPasswordValue));
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <functional>
 
 #include "exports/runtime_holder.h"
-#include "testing/recording_event_sink.h"
 #include "testing/temp_machine.h"
 
 namespace webrig::exports {
@@ -92,18 +91,6 @@ TEST_F(ExportCallsTest, AComponentIsDispatchedOncePerInstanceByItsExactName) {
     EXPECT_EQ(ComponentInstall(u"Web", nullptr), 0);
     EXPECT_EQ(ComponentInstall(u"web", nullptr), 0);
     EXPECT_EQ(CurrentRuntime()->installedComponents, (std::set<qm::wstring>{u"Web", u"web"}));
-}
-
-TEST_F(ExportCallsTest, TheRuntimeLogsToItsSinkAndSurvivesOneThatFails) {
-    CIISProRuntime runtime(OpenMachine());
-    runtime.Log(u"nobody listens");  // no sink yet
-    auto sink = std::make_unique<testing::RecordingEventSink>();
-    testing::RecordingEventSink& lines = *sink;
-    runtime.eventSink = std::move(sink);
-    runtime.Log(u"one");
-    lines.throwOnLog = true;
-    EXPECT_NO_THROW(runtime.Log(u"two"));
-    EXPECT_EQ(lines.logLines, std::vector<qm::wstring>{u"one"});
 }
 
 TEST_F(ExportCallsTest, TheUninstallCallsStillRunAfterUninitialize) {

@@ -8,6 +8,7 @@
 #include "settings/password_scrambling.h"
 #include "settings/uninstall_information.h"
 #include "support/status_codes.h"
+#include "testing/file_bytes.h"
 #include "testing/settings_file_builder.h"
 #include "testing/temp_machine.h"
 #include "testing/test_host.h"
@@ -20,27 +21,16 @@ using testing::LineEnding;
 using testing::SettingsEncoding;
 
 // A settings file as sections of entries that a test can change before writing it.
-class Project {
-  public:
+struct Project {
+    using Entries = std::map<std::string, std::string>;
+
     Project& Set(const std::string& section, const std::string& name, const std::string& value) {
-        auto& entries = SectionNamed(section);
-        for (auto& entry : entries) {
-            if (entry.first == name) {
-                entry.second = value;
-                return *this;
-            }
-        }
-        entries.emplace_back(name, value);
-        return *this;
-    }
-    Project& Remove(const std::string& section, const std::string& name) {
-        auto& entries = SectionNamed(section);
-        std::erase_if(entries, [&](const auto& entry) { return entry.first == name; });
+        sections[section][name] = value;
         return *this;
     }
     std::vector<std::byte> Bytes(SettingsEncoding encoding) const {
         testing::SettingsFileBuilder builder;
-        for (const auto& [name, entries] : m_sections) {
+        for (const auto& [name, entries] : sections) {
             builder.Section(std::string_view(name));
             for (const auto& [key, value] : entries) {
                 builder.Entry(qm::from_utf8(key), qm::from_utf8(value));
@@ -49,68 +39,55 @@ class Project {
         return builder.Bytes(encoding, LineEnding::CrLf);
     }
 
-  private:
-    std::vector<std::pair<std::string, std::string>>& SectionNamed(const std::string& name) {
-        for (auto& section : m_sections) {
-            if (section.first == name) {
-                return section.second;
-            }
-        }
-        return m_sections.emplace_back(name, decltype(m_sections)::value_type::second_type{})
-            .second;
-    }
-    std::vector<std::pair<std::string, std::vector<std::pair<std::string, std::string>>>>
-        m_sections;
+    std::map<std::string, Entries> sections;
 };
 
-// One component "Web" with one of everything, every required key present.
+// One component "Web" with one of everything, every required key present and the optional
+// ones absent.
 Project ValidProject() {
     Project p;
-    p.Set("GlobalOptions", "IISVERSION", "10").Set("GlobalOptions", "ProductCode", "{PRODUCT}");
-    p.Set("Components", "Count", "1").Set("Components", "c1", "Web");
-    p.Set("FeatureComponents", "Web", "MainFeature");
-    p.Set("Web_VRoots", "ActionState", "3").Set("Web_VRoots", "Count", "1");
-    p.Set("Web_VRoots", "v1", "VRoot_Shop");
-    p.Set("VRoot_Shop", "QMIISCommon", "Shop")
-        .Set("VRoot_Shop", "VRootProps", "0")
-        .Set("VRoot_Shop", "ParentSite", "Store")
-        .Set("VRoot_Shop", "DisplayName", "Shop")
-        .Set("VRoot_Shop", "ItemType", "1")
-        .Set("VRoot_Shop", "RootDir", "C:\\inetpub\\shop")
-        .Set("VRoot_Shop", "Attributes", "0")
-        .Set("VRoot_Shop", "SessionTimeout", "20")
-        .Set("VRoot_Shop", "ScriptTimeout", "90")
-        .Set("VRoot_Shop", "MetaDataPropCount", "1")
-        .Set("VRoot_Shop", "mdp1", "MD_1")
-        .Set("VRoot_Shop", "AppMapCount", "1")
-        .Set("VRoot_Shop", "a1", "AM_1")
-        .Set("VRoot_Shop", "MimeMapCount", "1")
-        .Set("VRoot_Shop", "mm1", "MM_1")
-        .Set("VRoot_Shop", "Parent", "Website_Store");
-    p.Set("MD_1", "Prop", "6016").Set("MD_1", "Type", "1").Set("MD_1", "UserType", "1");
-    p.Set("MD_1", "Value", "513");
-    p.Set("AM_1", "VRootAppMapKey", ".aspx")
-        .Set("AM_1", "Extension", ".aspx")
-        .Set("AM_1", "ExecPath", "C:\\aspnet_isapi.dll")
-        .Set("AM_1", "Verb", "GET,POST")
-        .Set("AM_1", "AppMapProps", "1");
-    p.Set("MM_1", "Extension", ".json").Set("MM_1", "Type", "application/json");
-    p.Set("Web_AppPools", "ActionState", "3").Set("Web_AppPools", "Count", "1");
-    p.Set("Web_AppPools", "a1", "Pool_Orders");
-    p.Set("Pool_Orders", "Name", "Orders");
-    p.Set("Web_WebServiceExtensions", "ActionState", "3");
-    p.Set("Web_WebServiceExtensions", "Count", "1").Set("Web_WebServiceExtensions", "w1", "Ext_1");
-    p.Set("Ext_1", "File", "C:\\ext.dll").Set("Ext_1", "Description", "Ext");
-    p.Set("Ext_1", "Group", "Group");
-    p.Set("Web_WebSites", "ActionState", "3").Set("Web_WebSites", "Count", "1");
-    p.Set("Web_WebSites", "ws1", "Website_Store");
-    p.Set("Website_Store", "QMIISCommon", "Store")
-        .Set("Website_Store", "Port", "8080")
-        .Set("Website_Store", "SiteNumber", "5")
-        .Set("Website_Store", "DisplayName", "Store")
-        .Set("Website_Store", "ItemType", "0")
-        .Set("Website_Store", "RootDir", "C:\\inetpub\\store")
-        .Set("Website_Store", "IsComponentBased", "1");
+    p.sections = {
+        {"GlobalOptions", {{"IISVERSION", "10"}, {"ProductCode", "{PRODUCT}"}}},
+        {"Components", {{"Count", "1"}, {"c1", "Web"}}},
+        {"FeatureComponents", {{"Web", "MainFeature"}}},
+        {"Web_VRoots", {{"ActionState", "3"}, {"Count", "1"}, {"v1", "VRoot_Shop"}}},
+        {"VRoot_Shop",
+         {{"QMIISCommon", "Shop"},
+          {"VRootProps", "0"},
+          {"ParentSite", "Store"},
+          {"DisplayName", "Shop"},
+          {"ItemType", "1"},
+          {"RootDir", "C:\\inetpub\\shop"},
+          {"Attributes", "0"},
+          {"MetaDataPropCount", "1"},
+          {"mdp1", "MD_1"},
+          {"AppMapCount", "1"},
+          {"a1", "AM_1"},
+          {"MimeMapCount", "1"},
+          {"mm1", "MM_1"},
+          {"Parent", "Website_Store"}}},
+        {"MD_1", {{"Prop", "6016"}, {"Type", "1"}, {"UserType", "1"}, {"Value", "513"}}},
+        {"AM_1",
+         {{"VRootAppMapKey", ".aspx"},
+          {"Extension", ".aspx"},
+          {"ExecPath", "C:\\isapi.dll"},
+          {"Verb", "GET,POST"},
+          {"AppMapProps", "1"}}},
+        {"MM_1", {{"Extension", ".json"}, {"Type", "application/json"}}},
+        {"Web_AppPools", {{"ActionState", "3"}, {"Count", "1"}, {"a1", "Pool_Orders"}}},
+        {"Pool_Orders", {{"Name", "Orders"}}},
+        {"Web_WebServiceExtensions", {{"ActionState", "3"}, {"Count", "1"}, {"w1", "Ext_1"}}},
+        {"Ext_1", {{"File", "C:\\ext.dll"}, {"Description", "Ext"}, {"Group", "Group"}}},
+        {"Web_WebSites", {{"ActionState", "3"}, {"Count", "1"}, {"ws1", "Website_Store"}}},
+        {"Website_Store",
+         {{"QMIISCommon", "Store"},
+          {"Port", "8080"},
+          {"SiteNumber", "5"},
+          {"DisplayName", "Store"},
+          {"ItemType", "0"},
+          {"RootDir", "C:\\inetpub\\store"},
+          {"IsComponentBased", "1"}}},
+    };
     return p;
 }
 
@@ -121,9 +98,7 @@ class LoaderTest : public ::testing::Test {
                  platform::ModuleHandle hostModule = platform::kNoModule,
                  CIISPropertyBag* into = nullptr) {
         fs::create_directories(temp.path() / "drive_c" / "Temp");
-        std::ofstream(temp.path() / "drive_c" / "Temp" / "setup.ini", std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size()));
+        testing::WriteBytes(temp.path() / "drive_c" / "Temp" / "setup.ini", bytes);
         CIISProIniLoader loader(machine, u"C:\\Temp\\setup.ini", hostModule, hostContext);
         return loader.Load(into != nullptr ? *into : bag);
     }
@@ -131,12 +106,7 @@ class LoaderTest : public ::testing::Test {
                  SettingsEncoding encoding = SettingsEncoding::Utf16LeWithBom) {
         return Load(project.Bytes(encoding));
     }
-    int32_t LoadText(const std::string& ascii) {
-        const std::vector<std::byte> bytes(
-            reinterpret_cast<const std::byte*>(ascii.data()),
-            reinterpret_cast<const std::byte*>(ascii.data()) + ascii.size());
-        return Load(bytes);
-    }
+    int32_t LoadText(const std::string& ascii) { return Load(testing::Bytes(ascii)); }
     CIISComponentProp& Component(const qm::wstring& name) { return *bag.components.at(name); }
 
     testing::TempMachine temp;
@@ -158,6 +128,9 @@ TEST_F(LoaderTest, AValidProjectLoadsEveryItem) {
     EXPECT_EQ(shop.ParentSite, u"Store");
     EXPECT_EQ(shop.RootDir, u"C:\\inetpub\\shop");
     EXPECT_EQ(shop.ItemType, 1);
+    // Absent keys take the loader's defaults.
+    EXPECT_EQ(shop.SessionTimeout, 20);
+    EXPECT_EQ(shop.ScriptTimeout, 90);
     EXPECT_EQ(shop.ParentKey, u"Store");  // the parent is component based: only its key is taken
     ASSERT_EQ(shop.metaDataProps.size(), 1u);
     EXPECT_EQ(shop.metaDataProps[0]->Prop, 6016);
@@ -176,6 +149,8 @@ TEST_F(LoaderTest, AValidProjectLoadsEveryItem) {
     EXPECT_EQ(store->Port, u"8080");
     EXPECT_EQ(store->SiteNumber, u"5");
     EXPECT_EQ(store->WebSiteProps, 0);
+    EXPECT_EQ(store->SessionTimeout, 20);
+    EXPECT_EQ(store->ScriptTimeout, 90);
 }
 
 struct StatusCase {
@@ -194,7 +169,7 @@ TEST_P(LoaderStatusTest, TheFirstBadValueEndsTheLoadWithItsStatus) {
     if (c.value) {
         project.Set(c.section, c.name, *c.value);
     } else {
-        project.Remove(c.section, c.name);
+        project.sections[c.section].erase(c.name);
     }
     EXPECT_EQ(Load(project), c.status);
 }
@@ -205,21 +180,16 @@ const auto kRemoved = std::nullopt;
 INSTANTIATE_TEST_SUITE_P(
     FromTheFile, LoaderStatusTest,
     ::testing::Values(
-        StatusCase{"component_missing", "Components", "c1", kRemoved, st::component_entry_missing},
         StatusCase{"component_empty", "Components", "c1", "", st::component_entry_missing},
         StatusCase{"action_state", "Web_VRoots", "ActionState", "", st::list_action_state_empty},
         StatusCase{"list_count", "Web_AppPools", "Count", "", st::list_count_empty},
         StatusCase{"vroot_entry", "Web_VRoots", "v1", kRemoved, st::vroot_entry_missing},
-        StatusCase{"vroot_beyond_entries", "Web_VRoots", "Count", "2", st::vroot_entry_missing},
         StatusCase{"vroot_key", "VRoot_Shop", "QMIISCommon", "", st::item_key_empty},
         StatusCase{"vroot_props", "VRoot_Shop", "VRootProps", "", st::vroot_props_empty},
         StatusCase{"parent_site_empty", "VRoot_Shop", "ParentSite", "", st::parent_site_missing},
-        StatusCase{"parent_site_absent", "VRoot_Shop", "ParentSite", kRemoved,
-                   st::parent_site_missing},
         StatusCase{"display_name", "VRoot_Shop", "DisplayName", kRemoved,
                    st::vroot_display_name_empty},
         StatusCase{"item_type_absent", "VRoot_Shop", "ItemType", kRemoved, st::item_type_missing},
-        StatusCase{"item_type_empty", "Website_Store", "ItemType", "", st::item_type_missing},
         StatusCase{"root_dir", "VRoot_Shop", "RootDir", kRemoved, st::root_dir_empty},
         StatusCase{"attributes", "VRoot_Shop", "Attributes", "", st::attributes_empty},
         StatusCase{"session_timeout", "VRoot_Shop", "SessionTimeout", "",
@@ -263,9 +233,12 @@ INSTANTIATE_TEST_SUITE_P(
         return std::string(param.param.what);
     });
 
-TEST_F(LoaderTest, AMissingFileIsStatusTwoAndLeavesTheBagEmpty) {
-    CIISProIniLoader loader(machine, u"C:\\Temp\\nowhere.ini", platform::kNoModule, 0);
-    EXPECT_EQ(loader.Load(bag), st::settings_file_unreadable);
+TEST_F(LoaderTest, AMissingFileOrAFolderIsStatusTwoAndLeavesTheBagEmpty) {
+    fs::create_directories(temp.path() / "drive_c" / "Temp" / "dir.ini");
+    for (const char16_t* path : {u"C:\\Temp\\nowhere.ini", u"C:\\Temp\\dir.ini"}) {
+        CIISProIniLoader loader(machine, path, platform::kNoModule, 0);
+        EXPECT_EQ(loader.Load(bag), st::settings_file_unreadable);
+    }
     EXPECT_TRUE(bag.components.empty());
     EXPECT_TRUE(bag.progressMessages.empty());
 }
@@ -305,15 +278,6 @@ TEST_F(LoaderTest, EveryEncodingLoadsTheSameProject) {
         EXPECT_EQ(fresh.websites.at(u"Store")->Port, u"8080");
         EXPECT_EQ(fresh.productCode, u"{PRODUCT}");
     }
-}
-
-TEST_F(LoaderTest, AHeaderGivenTwiceKeepsOnlyTheSecondOnesEntries) {
-    ASSERT_EQ(LoadText("[Components]\r\nCount=1\r\nc1=Web\r\n"
-                       "[Web_VRoots]\r\nCount=1\r\nv1=Missing\r\n"
-                       "[Web_VRoots]\r\nActionState=2\r\n"),
-              0);
-    EXPECT_TRUE(Component(u"Web").vroots.empty());
-    EXPECT_EQ(Component(u"Web").actionState, 0);  // the last list read, WebSites, had none
 }
 
 TEST_F(LoaderTest, EachListOverwritesTheActionState) {
@@ -423,30 +387,24 @@ TEST_F(LoaderTest, UninstallPropsAreCopiedButTheRemoveSwitch) {
     EXPECT_EQ(bag.removeUninstProps, 3);
 }
 
-TEST_F(LoaderTest, SectionNamesMatchInExactCase) {
-    ASSERT_EQ(LoadText("[globaloptions]\r\nIISVERSION=6\r\n"), 0);
-    EXPECT_EQ(bag.iisMajorVersion, 0);
-}
-
-TEST_F(LoaderTest, AStoredSiteNumberWinsOverTheFile) {
+// The value is read into a buffer of 260 characters: one that fills it exactly is found, one a
+// character longer is not.
+TEST_F(LoaderTest, AStoredSiteNumberThatFitsTheBufferWinsOverTheFile) {
     auto& registry = machine.registry();
-    platform::ScopedRegKey key(registry);
-    ASSERT_EQ(registry.CreateKey(platform::kLocalMachine, UninstallInformationKeyOf(u"{PRODUCT}"),
-                                 platform::key_access::all_access, key.receive()),
-              0u);
-    ASSERT_EQ(registry.SetValue(key.get(), u"StoreSite", platform::RegValue::String(u"12")), 0u);
-    ASSERT_EQ(registry.SetValue(key.get(), u"TooLong",
-                                platform::RegValue::String(qm::wstring(300, u'9'))),
-              0u);
-
-    Project project = ValidProject();
-    project.Set("Website_Store", "SiteNumberProperty", "StoreSite");
-    ASSERT_EQ(Load(project), 0);
-    EXPECT_EQ(bag.websites.at(u"Store")->SiteNumber, u"12");
-
-    project.Set("Website_Store", "SiteNumberProperty", "TooLong");
-    ASSERT_EQ(Load(project), 0);
-    EXPECT_EQ(bag.websites.at(u"Store")->SiteNumber, u"5");
+    ASSERT_TRUE(WriteSiteNumberValue(registry, u"{PRODUCT}", u"StoreSite", u"12"));
+    ASSERT_TRUE(WriteSiteNumberValue(registry, u"{PRODUCT}", u"Fills", qm::wstring(260, u'7')));
+    ASSERT_TRUE(WriteSiteNumberValue(registry, u"{PRODUCT}", u"TooLong", qm::wstring(261, u'9')));
+    const std::pair<const char*, qm::wstring> cases[] = {
+        {"StoreSite", u"12"}, {"Fills", qm::wstring(260, u'7')}, {"TooLong", u"5"}, {"None", u"5"}};
+    for (const auto& [property, siteNumber] : cases) {
+        CIISPropertyBag fresh;
+        Project project = ValidProject();
+        project.Set("Website_Store", "SiteNumberProperty", property);
+        ASSERT_EQ(
+            Load(project.Bytes(SettingsEncoding::Utf16LeWithBom), 0, platform::kNoModule, &fresh),
+            0);
+        EXPECT_EQ(fresh.websites.at(u"Store")->SiteNumber, siteNumber) << property;
+    }
 }
 
 TEST_F(LoaderTest, AFileTooLargeForTheProcessIsStatusTwoAndIsNotRead) {
@@ -456,39 +414,6 @@ TEST_F(LoaderTest, AFileTooLargeForTheProcessIsStatusTwoAndIsNotRead) {
     fs::resize_file(huge, uintmax_t{2} << 30);  // 2 GiB, sparse
     CIISProIniLoader loader(machine, u"C:\\Temp\\huge.ini", platform::kNoModule, 0);
     EXPECT_EQ(loader.Load(bag), st::settings_file_unreadable);
-}
-
-TEST_F(LoaderTest, AFolderIsNoSettingsFile) {
-    fs::create_directories(temp.path() / "drive_c" / "Temp" / "dir.ini");
-    CIISProIniLoader loader(machine, u"C:\\Temp\\dir.ini", platform::kNoModule, 0);
-    EXPECT_EQ(loader.Load(bag), st::settings_file_unreadable);
-}
-
-TEST_F(LoaderTest, BinaryJunkLoadsAsAFileWithoutSections) {
-    std::vector<std::byte> junk(64 * 1024);
-    uint32_t state = 12345;
-    for (auto& byte : junk) {
-        state = state * 1103515245u + 12345u;
-        byte = static_cast<std::byte>(state >> 24);
-    }
-    EXPECT_EQ(Load(junk), 0);
-    EXPECT_TRUE(bag.components.empty());
-    EXPECT_EQ(bag.progressMessages.size(), 21u);
-}
-
-TEST_F(LoaderTest, ATruncatedUtf16FileLosesOnlyItsHalfCharacter) {
-    std::vector<std::byte> bytes = ValidProject().Bytes(SettingsEncoding::Utf16LeWithBom);
-    bytes.pop_back();
-    ASSERT_EQ(Load(bytes), 0);
-    EXPECT_TRUE(Component(u"Web").vroots.contains(u"Shop"));
-}
-
-TEST_F(LoaderTest, MillionCharacterLinesAreCutToTheirLimits) {
-    Project project = ValidProject();
-    project.Set("VRoot_Shop", "DefDoc", std::string(1'000'000, 'x'));
-    project.Set(std::string(1'000'000, 's'), "k", "v");
-    ASSERT_EQ(Load(project), 0);
-    EXPECT_EQ(Component(u"Web").vroots.at(u"Shop")->DefDoc.size(), 4095u);
 }
 
 TEST_F(LoaderTest, LoneSurrogatesAreKeptAsTheyAre) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/wide_string.h"
+#include "testing/file_bytes.h"
 
 namespace webrig::settings {
 namespace {
@@ -38,23 +39,6 @@ std::vector<std::byte> Bytes(std::initializer_list<int> values) {
     return bytes;
 }
 
-std::vector<std::byte> AsciiBytes(std::string_view text) {
-    std::vector<std::byte> bytes;
-    for (const char c : text) {
-        bytes.push_back(static_cast<std::byte>(c));
-    }
-    return bytes;
-}
-
-std::vector<std::byte> Utf16Bytes(qm::wstring_view text) {
-    std::vector<std::byte> bytes;
-    for (const char16_t c : text) {
-        bytes.push_back(static_cast<std::byte>(c & 0xFF));
-        bytes.push_back(static_cast<std::byte>(c >> 8));
-    }
-    return bytes;
-}
-
 // ---- Encoding ----------------------------------------------------------------------------
 
 struct DecodeCase {
@@ -65,9 +49,9 @@ struct DecodeCase {
 };
 
 TEST(DecodeSettingsText, ChoosesTheEncodingFromTheFirst1024Bytes) {
-    std::vector<std::byte> zeroAt1023 = AsciiBytes(std::string(1024, 'a'));
+    std::vector<std::byte> zeroAt1023 = testing::Bytes(std::string(1024, 'a'));
     zeroAt1023[1023] = std::byte{0};
-    std::vector<std::byte> zeroAt1024 = AsciiBytes(std::string(1025, 'a'));
+    std::vector<std::byte> zeroAt1024 = testing::Bytes(std::string(1025, 'a'));
     zeroAt1024[1024] = std::byte{0};
 
     qm::wstring ansiWithZero(1024, u'a');
@@ -83,7 +67,7 @@ TEST(DecodeSettingsText, ChoosesTheEncodingFromTheFirst1024Bytes) {
         {"zero at byte 1023 makes UTF-16", zeroAt1023, qm::wstring(511, u'\x6161') + u'\x0061',
          false},
         {"zero at byte 1024 is not looked at", zeroAt1024, ansiWithZero, true},
-        {"ANSI", AsciiBytes("[S]\r\nk=v"), u"[S]\r\nk=v", true},
+        {"ANSI", testing::Bytes("[S]\r\nk=v"), u"[S]\r\nk=v", true},
         {"ANSI high bytes through the code page", Bytes({'x', 0xE9}), u"x\x0469", true},
         {"ANSI FF FE is no mark", Bytes({0xFF, 0xFE, 'a'}),
          u"\x047F\x047E"
@@ -95,24 +79,6 @@ TEST(DecodeSettingsText, ChoosesTheEncodingFromTheFirst1024Bytes) {
         FakeCodePage ansi;
         EXPECT_EQ(DecodeSettingsText(test.bytes, ansi), test.expected) << test.label;
         EXPECT_EQ(ansi.m_calls, test.throughCodePage ? 1 : 0) << test.label;
-    }
-}
-
-TEST(SettingsFileParse, ReadsUtf16AndAnsiFilesAlike) {
-    FakeCodePage ansi;
-    const qm::wstring text = u"[Sec]\r\nName = \x0469 value\r\n";
-    std::vector<std::byte> utf16 = Bytes({0xFF, 0xFE});
-    for (const std::byte b : Utf16Bytes(text)) {
-        utf16.push_back(b);
-    }
-    std::vector<std::byte> ansiBytes = AsciiBytes("[Sec]\r\nName = ");
-    ansiBytes.push_back(std::byte{0xE9});
-    for (const std::byte b : AsciiBytes(" value\r\n")) {
-        ansiBytes.push_back(b);
-    }
-    for (const auto& bytes : {utf16, ansiBytes}) {
-        const SettingsFile file = SettingsFile::Parse(bytes, ansi);
-        EXPECT_EQ(file.Find(u"Sec", u"Name"), qm::wstring_view(u" \x0469 value"));
     }
 }
 

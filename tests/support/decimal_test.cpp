@@ -25,49 +25,36 @@ TEST_P(ReadDecimal, ReadsLikeWcstol) {
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, ReadDecimal,
-    ::testing::Values(DecimalCase{"plain", u"42", 42}, DecimalCase{"zero", u"0", 0},
-                      DecimalCase{"leading_zeros", u"007", 7}, DecimalCase{"plus_sign", u"+15", 15},
-                      DecimalCase{"minus_sign", u"-15", -15}, DecimalCase{"minus_zero", u"-0", 0},
-                      DecimalCase{"leading_spaces", u"   80", 80},
-                      DecimalCase{"leading_control_white_space", u"\t\n\v\f\r 7", 7},
-                      DecimalCase{"white_space_then_sign", u" \t-3", -3},
-                      DecimalCase{"stops_at_first_non_digit", u"12abc", 12},
-                      DecimalCase{"stops_at_inner_space", u"1 2", 1},
-                      DecimalCase{"stops_at_decimal_point", u"3.9", 3},
-                      DecimalCase{"trailing_white_space", u"20 ", 20}, DecimalCase{"empty", u"", 0},
-                      DecimalCase{"only_white_space", u"  \t", 0},
-                      DecimalCase{"letters", u"abc", 0}, DecimalCase{"sign_alone", u"-", 0},
-                      DecimalCase{"plus_alone", u"+", 0},
-                      DecimalCase{"space_after_sign", u"- 5", 0},
-                      DecimalCase{"two_signs", u"+-5", 0},
-                      DecimalCase{"hex_is_not_read", u"0x1A", 0},
-                      DecimalCase{"no_space_before_number_after_text", u"x 5", 0},
-                      DecimalCase{"fullwidth_digits_are_not_digits", u"\uFF11\uFF12", 0},
-                      DecimalCase{"largest", u"2147483647", INT32_MAX},
-                      DecimalCase{"smallest", u"-2147483648", INT32_MIN},
-                      DecimalCase{"one_above_largest", u"2147483648", INT32_MAX},
-                      DecimalCase{"one_below_smallest", u"-2147483649", INT32_MIN},
-                      DecimalCase{"unsigned_32_bit_max", u"4294967295", INT32_MAX},
-                      DecimalCase{"ten_digits_above", u"9999999999", INT32_MAX},
-                      DecimalCase{"twenty_digits", u"99999999999999999999", INT32_MAX},
-                      DecimalCase{"twenty_digits_negative", u"-99999999999999999999", INT32_MIN},
-                      DecimalCase{"beyond_64_bits", u"123456789012345678901234567890", INT32_MAX},
-                      DecimalCase{"large_then_letters", u"3000000000px", INT32_MAX}),
+    ::testing::Values(
+        DecimalCase{"plain", u"42", 42}, DecimalCase{"zero", u"0", 0},
+        DecimalCase{"leading_zeros", u"007", 7}, DecimalCase{"plus_sign", u"+15", 15},
+        DecimalCase{"minus_sign", u"-15", -15}, DecimalCase{"leading_spaces", u"   80", 80},
+        DecimalCase{"leading_control_white_space", u"\t\n\v\f\r 7", 7},
+        DecimalCase{"white_space_then_sign", u" \t-3", -3},
+        DecimalCase{"stops_at_first_non_digit", u"12abc", 12},
+        DecimalCase{"stops_at_decimal_point", u"3.9", 3}, DecimalCase{"empty", u"", 0},
+        DecimalCase{"letters", u"abc", 0}, DecimalCase{"sign_alone", u"-", 0},
+        DecimalCase{"space_after_sign", u"- 5", 0}, DecimalCase{"two_signs", u"+-5", 0},
+        DecimalCase{"hex_is_not_read", u"0x1A", 0},
+        DecimalCase{"no_space_before_number_after_text", u"x 5", 0},
+        DecimalCase{"fullwidth_digits_are_not_digits", u"\uFF11\uFF12", 0},
+        DecimalCase{"largest", u"2147483647", INT32_MAX},
+        DecimalCase{"smallest", u"-2147483648", INT32_MIN},
+        DecimalCase{"one_above_largest", u"2147483648", INT32_MAX},
+        DecimalCase{"one_below_smallest", u"-2147483649", INT32_MIN},
+        DecimalCase{"twenty_digits", u"99999999999999999999", INT32_MAX},
+        DecimalCase{"twenty_digits_negative", u"-99999999999999999999", INT32_MIN},
+        DecimalCase{"large_then_letters", u"3000000000px", INT32_MAX}),
     [](const auto& param_info) { return std::string(param_info.param.name); });
 
-TEST(ReadDecimalLongInput, AMillionDigitsClampToTheLimits) {
+TEST(ReadDecimalLongInput, AMillionDigitsClampAndAMillionLeadingZerosDoNot) {
     const qm::wstring nines(1'000'000, u'9');
     EXPECT_EQ(qm::read_decimal(nines), INT32_MAX);
-    EXPECT_EQ(qm::read_decimal(u"-" + nines), INT32_MIN);
-    EXPECT_EQ(qm::read_decimal(u"  +" + nines + u"abc"), INT32_MAX);
-}
-
-TEST(ReadDecimalLongInput, AMillionLeadingZerosDoNotOverflow) {
+    EXPECT_EQ(qm::read_decimal(u"  -" + nines + u"abc"), INT32_MIN);
     const qm::wstring zeros(1'000'000, u'0');
     EXPECT_EQ(qm::read_decimal(zeros + u"42"), 42);
     EXPECT_EQ(qm::read_decimal(u"-" + zeros + u"2147483648"), INT32_MIN);
     EXPECT_EQ(qm::read_decimal(zeros + u"2147483648"), INT32_MAX);
-    EXPECT_EQ(qm::read_decimal(zeros), 0);
 }
 
 }  // namespace

@@ -58,84 +58,32 @@ bool defined_in_c(const std::string& flags, const ConversionCase& c) {
     return !has_sign;
 }
 
-TEST_P(IntegerConversionMatchesPrintf, For32BitValues) {
-    const ConversionCase c = GetParam();
-    const int32_t values[] = {0,
-                              1,
-                              -1,
-                              7,
-                              -7,
-                              42,
-                              -42,
-                              255,
-                              4096,
-                              123456789,
-                              INT32_MAX,
-                              INT32_MIN,
-                              static_cast<int32_t>(0x80070005u),
-                              -100000};
+// Formats each value with every defined flag set, width, precision and length modifier, and
+// compares with printf's "ll" form of the same conversion.
+template <class Signed>
+void ExpectPrintfResults(const ConversionCase& c, std::initializer_list<Signed> values,
+                         std::initializer_list<const char*> widths,
+                         std::initializer_list<const char*> precisions,
+                         std::initializer_list<const char*> modifiers) {
     for (const char* flags : kFlagSets) {
         if (!defined_in_c(flags, c)) {
             continue;
         }
-        for (const char* width : kWidths) {
-            for (const char* precision : kPrecisions) {
-                const std::string body = std::string("%") + flags + width + precision;
-                for (const int32_t value : values) {
-                    std::string expected;
-                    wstring actual;
-                    const std::string ours = body + c.conversion;
-                    if (c.is_signed) {
-                        expected =
-                            c_format(body + "ll" + c.conversion, static_cast<long long>(value));
-                        actual = qm::format(qm::widen_ascii(ours), value);
-                    } else {
-                        const auto bits = static_cast<uint32_t>(value);
-                        expected = c_format(body + "ll" + c.conversion,
-                                            static_cast<unsigned long long>(bits));
-                        actual = qm::format(qm::widen_ascii(ours), bits);
-                    }
-                    EXPECT_EQ(actual, qm::widen_ascii(expected))
-                        << "format \"" << ours << "\" with " << value;
-                }
-            }
-        }
-    }
-}
-
-TEST_P(IntegerConversionMatchesPrintf, For64BitValuesWithAndWithoutLengthModifier) {
-    const ConversionCase c = GetParam();
-    const int64_t values[] = {0,
-                              -1,
-                              INT64_MAX,
-                              INT64_MIN,
-                              int64_t{1} << 40,
-                              -(int64_t{1} << 33),
-                              int64_t{4294967296},
-                              int64_t{-4294967297}};
-    const char* const modifiers[] = {"", "I64", "ll", "l"};
-    for (const char* flags : kFlagSets) {
-        if (!defined_in_c(flags, c)) {
-            continue;
-        }
-        for (const char* width : {"", "24"}) {
-            for (const char* precision : {"", ".20"}) {
+        for (const char* width : widths) {
+            for (const char* precision : precisions) {
                 const std::string body = std::string("%") + flags + width + precision;
                 for (const char* modifier : modifiers) {
                     const std::string ours = body + modifier + c.conversion;
-                    for (const int64_t value : values) {
-                        std::string expected;
-                        wstring actual;
-                        if (c.is_signed) {
-                            expected =
-                                c_format(body + "ll" + c.conversion, static_cast<long long>(value));
-                            actual = qm::format(qm::widen_ascii(ours), value);
-                        } else {
-                            const auto bits = static_cast<uint64_t>(value);
-                            expected = c_format(body + "ll" + c.conversion,
-                                                static_cast<unsigned long long>(bits));
-                            actual = qm::format(qm::widen_ascii(ours), bits);
-                        }
+                    for (const Signed value : values) {
+                        const auto bits = static_cast<std::make_unsigned_t<Signed>>(value);
+                        const std::string expected =
+                            c.is_signed ? c_format(body + "ll" + c.conversion,
+                                                   static_cast<long long>(value))
+                                        : c_format(body + "ll" + c.conversion,
+                                                   static_cast<unsigned long long>(bits));
+                        const wstring actual = c.is_signed
+                                                   ? qm::format(qm::widen_ascii(ours), value)
+                                                   : qm::format(qm::widen_ascii(ours), bits);
                         EXPECT_EQ(actual, qm::widen_ascii(expected))
                             << "format \"" << ours << "\" with " << value;
                     }
@@ -143,6 +91,20 @@ TEST_P(IntegerConversionMatchesPrintf, For64BitValuesWithAndWithoutLengthModifie
             }
         }
     }
+}
+
+TEST_P(IntegerConversionMatchesPrintf, For32BitValues) {
+    ExpectPrintfResults<int32_t>(GetParam(),
+                                 {0, 1, -1, 7, -42, 255, 4096, 123456789, INT32_MAX, INT32_MIN,
+                                  static_cast<int32_t>(0x80070005u)},
+                                 {"", "1", "6", "12"}, {"", ".", ".0", ".3", ".10"}, {""});
+}
+
+TEST_P(IntegerConversionMatchesPrintf, For64BitValuesWithAndWithoutLengthModifier) {
+    ExpectPrintfResults<int64_t>(
+        GetParam(),
+        {0, -1, INT64_MAX, INT64_MIN, int64_t{1} << 40, int64_t{4294967296}, int64_t{-4294967297}},
+        {"", "24"}, {"", ".20"}, {"", "I64", "ll", "l"});
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -207,45 +169,19 @@ const qm::hresult kAccessDenied = static_cast<qm::hresult>(0x80070005u);
 INSTANTIATE_TEST_SUITE_P(
     Webrig, FormatCases,
     ::testing::Values(
-        FormatCase{"plain_text", u"no conversions here", {}, u"no conversions here"},
         FormatCase{"empty_format", u"", {1, u"x"}, u""},
         FormatCase{"percent_sign", u"100%% done", {}, u"100% done"},
         FormatCase{"percent_sign_takes_no_argument", u"%%%d", {7}, u"%7"},
-        FormatCase{"text",
-                   u"Creating '%s' at %s",
-                   {u"Site", u"C:\\inetpub"},
-                   u"Creating 'Site' at C:\\inetpub"},
         FormatCase{"wide_text_modifiers", u"%ls|%ws|%hs|%S", {u"a", u"b", u"c", u"d"}, u"a|b|c|d"},
-        FormatCase{"binding_information",
-                   u"%s:%s:%s",
-                   {u"", u"80", u"www.example.com"},
-                   u":80:www.example.com"},
         FormatCase{
             "hresult_signed_decimal", u"HRESULT: %d", {kAccessDenied}, u"HRESULT: -2147024891"},
-        FormatCase{"hresult_hex", u"0x%x", {kAccessDenied}, u"0x80070005"},
-        FormatCase{"hresult_upper_hex_zero_padded", u"0x%08X", {kAccessDenied}, u"0x80070005"},
-        FormatCase{"hresult_unsigned", u"%u", {kAccessDenied}, u"2147942405"},
-        FormatCase{"hresult_long_decimal", u"%ld", {kAccessDenied}, u"-2147024891"},
         FormatCase{"unsigned_32_bit_as_signed", u"%d", {uint32_t{0x80070005u}}, u"-2147024891"},
-        FormatCase{"small_hresult_padded_hex", u"%08x", {qm::hr::s_false}, u"00000001"},
-        FormatCase{"byte_as_two_hex_digits", u"%02X%02X", {0x0A, 0xFF}, u"0AFF"},
-        FormatCase{"negative_32_bit_as_hex", u"%x", {-1}, u"ffffffff"},
         FormatCase{"negative_64_bit_as_hex", u"%x", {int64_t{-1}}, u"ffffffffffffffff"},
-        FormatCase{"int64_limits",
-                   u"%d %d",
-                   {INT64_MIN, INT64_MAX},
-                   u"-9223372036854775808 9223372036854775807"},
-        FormatCase{"uint64_max",
-                   u"%u %X",
-                   {UINT64_MAX, UINT64_MAX},
-                   u"18446744073709551615 FFFFFFFFFFFFFFFF"},
-        FormatCase{"int64_with_I64", u"%I64d", {int64_t{-5000000000}}, u"-5000000000"},
         FormatCase{"character", u"[%c]", {0x20AC}, u"[\u20AC]"},
         FormatCase{"character_from_char16", u"%c%c", {u'o', u'k'}, u"ok"},
         // A conversion without an argument left is copied as it stands.
         FormatCase{"missing_argument", u"%d and %s", {5}, u"5 and %s"},
         FormatCase{"missing_argument_keeps_flags", u"[%-08.3d]", {}, u"[%-08.3d]"},
-        FormatCase{"no_arguments_at_all", u"%s %d %x", {}, u"%s %d %x"},
         FormatCase{"extra_arguments_ignored", u"%d", {1, 2, 3}, u"1"},
         // Unknown conversions are copied and use no argument.
         FormatCase{"unknown_conversion", u"%q %d", {9}, u"%q 9"},
@@ -254,17 +190,13 @@ INSTANTIATE_TEST_SUITE_P(
         // A lone '%' at the end, also after flags or modifiers.
         FormatCase{"trailing_percent", u"100%", {1}, u"100%"},
         FormatCase{"trailing_percent_with_flags", u"ab%-08", {1}, u"ab%-08"},
-        FormatCase{"trailing_percent_with_modifier", u"ab%l", {1}, u"ab%l"},
-        FormatCase{"only_percent", u"%", {}, u"%"},
         // Arguments of the other kind.
         FormatCase{"text_to_decimal", u"value=%d", {u"abc"}, u"value=abc"},
         FormatCase{"text_to_hex_with_width", u"[%5x]", {u"ab"}, u"[   ab]"},
         FormatCase{"text_to_decimal_with_precision", u"%.2d", {u"abcdef"}, u"ab"},
         FormatCase{"text_to_character", u"%c", {u"word"}, u"word"},
         FormatCase{"integer_to_text", u"port %s", {8080}, u"port 8080"},
-        FormatCase{"negative_integer_to_text", u"%s", {-42}, u"-42"},
         FormatCase{"unsigned_integer_to_text", u"%s", {uint32_t{4000000000u}}, u"4000000000"},
-        FormatCase{"hresult_to_text", u"%s", {kAccessDenied}, u"-2147024891"},
         FormatCase{"integer_to_text_with_width", u"[%6s|%-6s]", {42, 42}, u"[    42|42    ]"},
         FormatCase{"integer_to_text_ignores_precision", u"%.1s", {12345}, u"12345"},
         FormatCase{"null_text", u"[%s]", {static_cast<const char16_t*>(nullptr)}, u"[]"},
@@ -315,22 +247,12 @@ TEST(FormatLimits, HugePrecisionsAreBounded) {
 }
 
 TEST(FormatLimits, ModerateWidthsAreHonouredExactly) {
-    const wstring out = qm::format(u"%300d", 42);
-    ASSERT_EQ(out.size(), 300u);
-    EXPECT_EQ(out.substr(298), u"42");
-    EXPECT_EQ(out.find_first_not_of(u' '), 298u);
+    EXPECT_EQ(qm::format(u"%300d", 42), wstring(298, u' ') + u"42");
 }
 
-TEST(FormatLimits, TextArgumentsHaveNoLengthLimit) {
+TEST(FormatLimits, TextArgumentsAndFormatTextsHaveNoLengthLimit) {
     const wstring long_text(1'000'000, u'x');
-    const wstring out = qm::format(u"<%s>", long_text);
-    ASSERT_EQ(out.size(), long_text.size() + 2);
-    EXPECT_EQ(out.front(), u'<');
-    EXPECT_EQ(out.back(), u'>');
-    EXPECT_EQ(out.substr(1, long_text.size()), long_text);
-}
-
-TEST(FormatLimits, FormatTextHasNoLengthLimit) {
+    EXPECT_EQ(qm::format(u"<%s>", long_text), u"<" + long_text + u">");
     wstring format_text;
     std::vector<format_arg> args;
     wstring expected;

@@ -37,6 +37,9 @@ class FaultyPlatform final : public platform::Platform {
     platform::ServiceControl& services() override { return machine().services(); }
     platform::ComClasses& comClasses() override { return machine().comClasses(); }
     platform::IisConfiguration& iisConfiguration() override { return *m_configuration; }
+    platform::Certificates& certificates() override { return machine().certificates(); }
+    platform::Processes& processes() override { return machine().processes(); }
+    platform::Adsi& adsi() override { return machine().adsi(); }
 
   private:
     TempMachine m_temp;

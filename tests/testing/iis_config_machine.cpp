@@ -2,8 +2,10 @@
 
 #include <fstream>
 #include <iterator>
+#include <pugixml.hpp>
 #include <stdexcept>
 
+#include "platform/sim/iis7/schema_folder.h"
 #include "platform/sim/machine/machine_layout.h"
 #include "testing/iis_test_schema.h"
 
@@ -101,7 +103,7 @@ std::string TestAppHostConfig() {
     return WithCrLf(kAppHost);
 }
 
-IisConfigMachine::IisConfigMachine(const std::string& appHostText)
+IisConfigMachine::IisConfigMachine(const std::string& appHostText, SchemaSource schema)
     : m_encryption(std::string(32, '\x5a')) {
     std::filesystem::create_directories(AppHostPath().parent_path());
     std::filesystem::create_directories(DrivePath("inetpub/wwwroot"));
@@ -111,12 +113,29 @@ IisConfigMachine::IisConfigMachine(const std::string& appHostText)
     machine.driveRoot = sim::DriveCPath(m_machine.path());
     machine.lockFile = sim::MachineLockPath(m_machine.path());
     machine.config = m_machine.machine().config();
-    machine.schema = &IisTestSchema();
+    if (schema == SchemaSource::schemaFolder) {
+        const auto folder = AppHostPath().parent_path() / "schema";
+        std::filesystem::create_directories(folder);
+        for (const sim::iis7::SchemaFile& file : sim::iis7::Schema::BuiltInFiles()) {
+            WriteText(folder / file.name, file.text);
+        }
+    }
+    m_schemaSource = schema;
     machine.encryption = [this]() -> const sim::iis7::ConfigEncryption& { return m_encryption; };
     machine.cache = &m_cache;
     machine.writer = [this](const std::filesystem::path& path, std::span<const std::byte> bytes) {
         return !m_failWrites && sim::WriteFileAtomically(path, bytes);
     };
+    m_machineSettings = std::move(machine);
+    Restart();
+}
+
+void IisConfigMachine::Restart() {
+    sim::iis7::ConfigMachine machine = m_machineSettings;
+    machine.schema =
+        m_schemaSource == SchemaSource::schemaFolder
+            ? sim::iis7::SchemaFolderProvider(machine.driveRoot, machine.config.windowsDirectory)
+            : sim::iis7::FixedSchema(IisTestSchema());
     m_configuration = std::make_unique<sim::iis7::SimIisConfiguration>(std::move(machine));
 }
 
@@ -150,6 +169,31 @@ std::unique_ptr<platform::AdminManager> IisConfigMachine::NewManager() {
         throw std::runtime_error("the administration manager cannot be created");
     }
     return manager;
+}
+
+namespace {
+
+void AddDeclared(const pugi::xml_node& group, const std::string& prefix,
+                 std::vector<std::u16string>& names) {
+    for (const pugi::xml_node& child : group.children()) {
+        const std::string name = prefix + child.attribute("name").value();
+        if (std::string_view(child.name()) == "section") {
+            names.push_back(qm::from_utf8(name));
+        } else if (std::string_view(child.name()) == "sectionGroup") {
+            AddDeclared(child, name + "/", names);
+        }
+    }
+}
+
+}  // namespace
+
+std::vector<std::u16string> DeclaredSections(const std::string& configText) {
+    pugi::xml_document document;
+    std::vector<std::u16string> names;
+    if (document.load_string(configText.c_str())) {
+        AddDeclared(document.child("configuration").child("configSections"), "", names);
+    }
+    return names;
 }
 
 qm::hresult PutAttribute(platform::AdminManager& manager, std::u16string_view section,

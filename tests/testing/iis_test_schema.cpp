@@ -243,9 +243,16 @@ std::vector<SectionSchema> Sections() {
                 WithCollection(Element(u"httpErrors", {}), error, u"remove", u"clear")));
     sections.push_back(
         Section(u"system.webServer/asp",
-                Element(u"asp", {},
+                Element(u"asp", {Bool(u"enableParentPaths", false)},
                         {Element(u"limits", {Span(u"scriptTimeout", u"00:01:30", 86400, 1)}),
                          Element(u"session", {Span(u"timeout", u"00:20:00", 365 * 86400, 60)})})));
+    // Rules hold nested elements and collections, for copies between levels.
+    ElementSchema conditions = WithCollection(
+        Element(u"conditions", {}), Element(u"add", {Key(u"input")}), u"remove", u"clear");
+    ElementSchema rule = Element(u"rule", {Key(u"name"), Bool(u"stopProcessing", false)},
+                                 {Element(u"match", {Text(u"url")}), conditions});
+    sections.push_back(Section(u"system.webServer/rewrite/rules",
+                               WithCollection(Element(u"rules", {}), rule, u"remove", u"clear")));
     sections.push_back(
         Section(u"system.web/authentication",
                 Element(u"authentication",

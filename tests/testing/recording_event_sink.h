@@ -1,12 +1,14 @@
 #pragma once
 // An event sink for tests: keeps every line, error and progress text, answers as told, and can be
-// told to throw.
+// told to throw or to leave a last-error value behind as a sink that writes a file would.
 
+#include <optional>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "host/iis_event.h"
+#include "support/last_error.h"
 
 namespace webrig::testing {
 
@@ -17,6 +19,9 @@ class RecordingEventSink final : public IIISEvent {
             throw std::runtime_error("sink cannot log");
         }
         logLines.push_back(text);
+        if (lastErrorAfterLog) {
+            qm::set_last_error(*lastErrorAfterLog);
+        }
     }
     void ReportError(const qm::wstring& text, int32_t code) override {
         if (throwOnError) {
@@ -24,13 +29,8 @@ class RecordingEventSink final : public IIISEvent {
         }
         errors.emplace_back(text, code);
     }
-    void SetProgressRange(int32_t count, int32_t increment) override {
-        progressRanges.emplace_back(count, increment);
-    }
-    int32_t CheckCancel() override {
-        ++cancelChecks;
-        return cancelAnswer;
-    }
+    void SetProgressRange(int32_t, int32_t) override {}
+    int32_t CheckCancel() override { return cancelAnswer; }
     void ProgressStep(int32_t) override {}
     int32_t ShowProgress(const qm::wstring& text) override {
         if (throwOnProgress) {
@@ -42,14 +42,13 @@ class RecordingEventSink final : public IIISEvent {
 
     std::vector<qm::wstring> logLines;
     std::vector<std::pair<qm::wstring, int32_t>> errors;
-    std::vector<std::pair<int32_t, int32_t>> progressRanges;
     std::vector<qm::wstring> progressTexts;
-    int cancelChecks = 0;
     int32_t cancelAnswer = 0;
     int32_t progressAnswer = 0;
     bool throwOnLog = false;
     bool throwOnError = false;
     bool throwOnProgress = false;
+    std::optional<uint32_t> lastErrorAfterLog;
 };
 
 }  // namespace webrig::testing

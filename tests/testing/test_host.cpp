@@ -78,9 +78,6 @@ int32_t WEBRIG_HOST_CALL TestHost::Substitute(uint32_t context, platform::Bstr* 
     }
     platform::Automation& automation = host->m_machine.automation();
     qm::wstring value(*text, automation.SysStringLen(*text));
-    if (host->recordCalls) {
-        host->substituted.push_back(value);
-    }
     automation.SysFreeString(*text);
     if (host->substituteToNull.contains(value)) {
         *text = nullptr;

@@ -59,7 +59,6 @@ class TestHost {
     bool recordCalls = true;
     std::vector<qm::wstring> loadStringKeys;
     std::vector<uint32_t> loadStringCapacities;
-    std::vector<qm::wstring> substituted;
     std::vector<FileInfoCall> fileInfoCalls;
 
   private:

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 
-#include "platform/sim/files/windows_path.h"
 #include "support/last_error.h"
 #include "support/result_codes.h"
 
@@ -36,8 +35,12 @@ class FileDescriptor {
 
 }  // namespace
 
+ResolvedPath SimFileSystem::Resolve(qm::wstring_view path) const {
+    return ResolveWindowsPath(m_driveRoot, m_redirection.Redirect(path));
+}
+
 bool SimFileSystem::PathExists(qm::wstring_view path) {
-    const ResolvedPath resolved = ResolveWindowsPath(m_driveRoot, path);
+    const ResolvedPath resolved = Resolve(path);
     if (resolved.error != qm::win32::success) {
         qm::set_last_error(resolved.error);
         return false;
@@ -48,7 +51,7 @@ bool SimFileSystem::PathExists(qm::wstring_view path) {
 uint32_t SimFileSystem::ReadWholeFile(qm::wstring_view path, uint64_t maxBytes,
                                       std::vector<std::byte>& contents) {
     contents.clear();
-    const ResolvedPath resolved = ResolveWindowsPath(m_driveRoot, path);
+    const ResolvedPath resolved = Resolve(path);
     if (resolved.error != qm::win32::success) {
         return Fail(resolved.error);
     }

@@ -5,6 +5,7 @@
 #include "platform/sim/iis7/config_objects.h"
 #include "platform/sim/iis7/config_path.h"
 #include "platform/sim/iis7/section_delegation.h"
+#include "platform/sim/iis7/section_validation.h"
 
 namespace webrig::sim::iis7 {
 namespace {
@@ -23,6 +24,13 @@ SectionDeclaration MachineConfigSection(const std::string& name,
     }
     return declaration;
 }
+
+// IIS's words for a section that a lower level may not set.
+constexpr std::string_view kLockedText =
+    "This configuration section cannot be used at this path. This happens when the section is "
+    "locked at a parent level. Locking is either by default (overrideModeDefault=\"Deny\"), or "
+    "set explicitly by a location tag with overrideMode=\"Deny\" or the legacy "
+    "allowOverride=\"false\".";
 
 bool OnlyInAppHost(const SectionDeclaration& declaration) {
     return declaration.allowDefinition == AllowDefinition::appHostOnly ||
@@ -44,14 +52,11 @@ void DecideWriteRefusal(SectionView& view, const SectionDeclaration& declaration
     } else if (!declaration.allowLocation && !relative.empty()) {
         view.writeRefusal = qm::hr::lock_violation;
         view.refusalText = "the section " + declaration.name + " cannot be set in a location tag";
-    } else if (!file.isAppHost &&
-               !OverrideAllowed(declaration, Configuration(appHost), file.configPath)) {
+    } else if (!file.isAppHost && !OverrideAllowed(declaration, view.sectionNames(),
+                                                   Configuration(appHost), file.configPath)) {
         view.writeRefusal = qm::hr::lock_violation;
-        view.refusalText =
-            "This configuration section cannot be used at this path (" +
-            qm::to_utf8(JoinSegments(file.configPath, 0, file.configPath.size())) +
-            "). This happens when the section is locked at a parent level: " + declaration.name +
-            " has overrideModeDefault=\"Deny\"";
+        view.refusalText = qm::to_utf8(JoinSegments(file.configPath, 0, file.configPath.size())) +
+                           ": " + declaration.name + ": " + std::string(kLockedText);
     }
 }
 
@@ -69,12 +74,27 @@ void CheckReadable(const SectionView& view, const SectionDeclaration& declaratio
             continue;
         }
         if (OnlyInAppHost(declaration) ||
-            !OverrideAllowed(declaration, Configuration(appHost), file.configPath)) {
+            !OverrideAllowed(declaration, view.sectionNames(), Configuration(appHost),
+                             file.configPath)) {
             Fail(qm::hr::lock_violation,
                  file.displayName + "(" + std::to_string(sections.front().element->line) +
-                     "): This configuration section cannot be used at this path. This happens "
-                     "when the section is locked at a parent level: " +
-                     declaration.name);
+                     "): " + declaration.name + ": " + std::string(kLockedText));
+        }
+    }
+}
+
+// One path may define a section once per file: at the top or in a <location path=""> tag for the
+// file's own level, in one <location> tag for a path below it.
+void RefuseSecondDefinitions(const SectionView& view, const std::string& name) {
+    for (const ConfigLevel& level : view.levels) {
+        const std::vector<FoundElement> sections =
+            view.session->SectionsAt(level, view.sectionNames());
+        if (sections.size() > 1) {
+            Fail(qm::hr::already_exists,
+                 level.file->displayName + "(" + std::to_string(sections[1].element->line) +
+                     "): Config section '" + name +
+                     "' already defined. Sections must only appear once per config file. See the "
+                     "help topic <location> for exceptions");
         }
     }
 }
@@ -100,7 +120,8 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
                                           qm::to_utf8(m_session->commitPath()));
         }
         WorkingFile& appHost = m_session->AppHost();
-        const SectionSchema* schema = m_session->machine().schema->FindSection(sectionName);
+        const Schema& schemas = m_session->schema();
+        const SectionSchema* schema = schemas.FindSection(sectionName);
         // The schema keeps the name in UTF-8; an unknown one is converted for the messages.
         const std::string unknownName = schema ? std::string() : qm::to_utf8(sectionName);
         const std::string& name = schema ? schema->utf8Name : unknownName;
@@ -115,9 +136,9 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
             declaration = FrameworkSection(name);
         }
         if (!declaration || !schema) {
-            Fail(qm::hr::not_supported,
-                 "the configuration section " + name + " cannot be read because it is missing " +
-                     (declaration ? "from the schema" : "a section declaration"));
+            Fail(qm::hr::not_supported, "The configuration section '" + name +
+                                            "' cannot be read because it is missing " +
+                                            (declaration ? "schema" : "a section declaration"));
         }
         auto view = std::make_shared<SectionView>();
         view->session = m_session;
@@ -132,7 +153,9 @@ qm::hresult AdminManagerImpl::GetAdminSection(qm::wstring_view sectionName, qm::
                 view->target = i;
             }
         }
+        RefuseSecondDefinitions(*view, name);
         CheckReadable(*view, *declaration, appHost);
+        ValidateSection(*view, schemas);
         DecideWriteRefusal(*view, *declaration, relative, appHost);
         section = std::make_shared<ConfigElementImpl>(view, &schema->root, nullptr,
                                                       std::vector<std::string>{});

@@ -1,6 +1,9 @@
 #include "platform/sim/iis7/attribute_value.h"
 
+#include <climits>
 #include <limits>
+#include <string>
+#include <type_traits>
 
 #include "platform/sim/iis7/time_span.h"
 #include "support/case_insensitive.h"
@@ -59,7 +62,9 @@ std::optional<int64_t> ReadInteger(qm::wstring_view text, bool allowMinus) {
 
 bool InRange(const AttributeSchema& attribute, int64_t value) {
     return (!attribute.minimum || value >= *attribute.minimum) &&
-           (!attribute.maximum || value <= *attribute.maximum);
+           (!attribute.maximum || value <= *attribute.maximum) &&
+           !(attribute.excludedRange && value >= attribute.excludedRange->first &&
+             value <= attribute.excludedRange->second);
 }
 
 std::optional<qm::wstring> NormalizeBoolean(qm::wstring_view text) {
@@ -254,24 +259,35 @@ std::optional<qm::wstring> NormalizeAttributeText(const AttributeSchema& attribu
 }
 
 std::optional<qm::wstring> NormalizeAttributeValue(const AttributeSchema& attribute,
-                                                   const PropertyValue& value) {
-    if (const auto* text = std::get_if<qm::wstring>(&value)) {
-        return NormalizeAttributeText(attribute, *text);
-    }
-    if (const auto* flag = std::get_if<bool>(&value)) {
-        return NormalizeAttributeText(attribute, *flag ? u"true" : u"false");
-    }
-    if (const auto* number = std::get_if<int64_t>(&value)) {
-        // A number given to a boolean is a C-style truth value, as VARIANT conversion has it.
-        if (attribute.type == AttributeType::boolean) {
-            return *number != 0 ? u"true" : u"false";
-        }
-        return NormalizeAttributeText(attribute, Decimal(*number));
-    }
-    return std::nullopt;
+                                                   const platform::Variant& value) {
+    return std::visit(
+        [&](const auto& held) -> std::optional<qm::wstring> {
+            using Held = std::decay_t<decltype(held)>;
+            if constexpr (std::is_same_v<Held, std::monostate>) {
+                return std::nullopt;
+            } else if constexpr (std::is_same_v<Held, qm::wstring>) {
+                return NormalizeAttributeText(attribute, held);
+            } else if constexpr (std::is_same_v<Held, bool>) {
+                return NormalizeAttributeText(attribute, held ? u"true" : u"false");
+            } else if (attribute.type == AttributeType::boolean) {
+                // A number given to a boolean is a C-style truth value, as VARIANT conversion
+                // has it.
+                return held != 0 ? u"true" : u"false";
+            } else if (attribute.type == AttributeType::timeSpan) {
+                if (held < 0 || static_cast<uint64_t>(held) > INT64_MAX) {
+                    return std::nullopt;
+                }
+                return NormalizeAttributeText(attribute,
+                                              FormatTimeSpan(static_cast<int64_t>(held)));
+            } else {
+                return NormalizeAttributeText(attribute, qm::widen_ascii(std::to_string(held)));
+            }
+        },
+        value);
 }
 
-PropertyValue ReadAttributeValue(const AttributeSchema& attribute, qm::wstring_view storedText) {
+platform::Variant ReadAttributeValue(const AttributeSchema& attribute,
+                                     qm::wstring_view storedText) {
     switch (attribute.type) {
         case AttributeType::boolean:
             if (const std::optional<qm::wstring> flag = NormalizeBoolean(storedText)) {
@@ -279,13 +295,45 @@ PropertyValue ReadAttributeValue(const AttributeSchema& attribute, qm::wstring_v
             }
             break;
         case AttributeType::uint32:
+            if (const std::optional<uint32_t> number = ReadUnsigned32(storedText)) {
+                return *number;
+            }
+            break;
         case AttributeType::int32:
+            if (const std::optional<int64_t> number = ReadInteger(storedText, true);
+                number && *number >= INT32_MIN && *number <= INT32_MAX) {
+                return static_cast<int32_t>(*number);
+            }
+            break;
         case AttributeType::int64:
             if (const std::optional<int64_t> number = ReadInteger(storedText, true)) {
                 return *number;
             }
             break;
-        default:
+        case AttributeType::enumeration:
+            if (const NamedValue* named = FindName(attribute, storedText)) {
+                return static_cast<int32_t>(named->value);
+            }
+            if (const std::optional<uint32_t> number = ReadUnsigned32(storedText)) {
+                return static_cast<int32_t>(*number);
+            }
+            break;
+        case AttributeType::flags: {
+            std::optional<uint32_t> mask = ReadUnsigned32(storedText);
+            if (!mask) {
+                mask = ReadFlagNames(attribute, storedText);
+            }
+            if (mask) {
+                return static_cast<int32_t>(*mask);
+            }
+            break;
+        }
+        case AttributeType::timeSpan:
+            if (const std::optional<int64_t> ticks = ParseTimeSpan(storedText)) {
+                return static_cast<uint64_t>(*ticks);
+            }
+            break;
+        case AttributeType::string:
             break;
     }
     // Text, and stored text a hand-edited file got wrong: handed out as it stands.

@@ -4,16 +4,12 @@
 
 #include <cstdint>
 #include <optional>
-#include <variant>
 
+#include "platform/automation.h"
 #include "platform/sim/iis7/schema.h"
 #include "support/wide_string.h"
 
 namespace webrig::sim::iis7 {
-
-// The value of a property as the administration objects hand it out: empty, bool, integer or
-// text (enums and flags as text, as IIS's string value shows them; timeSpans as text).
-using PropertyValue = std::variant<std::monostate, bool, int64_t, qm::wstring>;
 
 // Checks `text` for `attribute` and returns the text to store ("True" becomes "true", an enum
 // number becomes its name, flags are written "Read, Script"); nullopt when the type refuses it
@@ -21,16 +17,17 @@ using PropertyValue = std::variant<std::monostate, bool, int64_t, qm::wstring>;
 std::optional<qm::wstring> NormalizeAttributeText(const AttributeSchema& attribute,
                                                   qm::wstring_view text);
 
-// Converts a value given to a property into stored text, with the same checks. Text goes through
-// NormalizeAttributeText; a bool becomes "true" or "false" and a number its decimal text, then
-// the same rules apply (so 2 names an enum value). A number given to a boolean is true unless 0.
-// Empty refuses.
+// Converts a value given to a property (put_Value) into stored text, with the same checks. Text
+// goes through NormalizeAttributeText for every type. A bool becomes "true" or "false"; a number
+// is a truth value for booleans (0 is false), a count of 100 ns ticks for time spans, and its
+// decimal text for the rest (so 2 names an enum value). Empty refuses.
 std::optional<qm::wstring> NormalizeAttributeValue(const AttributeSchema& attribute,
-                                                   const PropertyValue& value);
+                                                   const platform::Variant& value);
 
-// The typed value of stored (or default) text, as reading the property gives it: bool for
-// booleans, integer for numbers, text for the rest. Text the type cannot read (a hand-edited
-// file) comes back as text, unchanged.
-PropertyValue ReadAttributeValue(const AttributeSchema& attribute, qm::wstring_view storedText);
+// The value of stored (or default) text as get_Value hands it out: VT_BOOL for bool, VT_UI4 for
+// uint, VT_I4 for int, enum (the value) and flags (the mask), VT_I8 for int64, VT_UI8 for
+// timeSpan (100 ns ticks), VT_BSTR for string. Text the type cannot read (a hand-edited file)
+// comes back as text, unchanged.
+platform::Variant ReadAttributeValue(const AttributeSchema& attribute, qm::wstring_view storedText);
 
 }  // namespace webrig::sim::iis7

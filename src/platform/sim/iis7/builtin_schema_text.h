@@ -1,11 +1,18 @@
 #pragma once
-// The text of webrig_schema.xml, compiled into the library by the build
-// (builtin_schema_text.cpp.in).
+// The schema files in src/platform/sim/iis7/schema, compiled into the library by the build
+// (builtin_schema_text.cpp.in): machine creation installs them in the machine's schema folder.
 
+#include <span>
 #include <string_view>
 
 namespace webrig::sim::iis7 {
 
-extern const std::string_view kBuiltInSchemaText;
+struct BuiltInSchemaFile {
+    std::string_view name;  // "IIS_schema.xml"
+    std::string_view text;
+};
+
+// In the order IIS reads a schema folder: by file name.
+extern const std::span<const BuiltInSchemaFile> kBuiltInSchemaFiles;
 
 }  // namespace webrig::sim::iis7

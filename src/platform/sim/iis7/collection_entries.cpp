@@ -28,11 +28,13 @@ void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundEleme
     const std::string removeName = qm::to_utf8(collection.removeElement);
     const std::vector<std::string> addNames = AddNames(collection);
     // Entries of one collection nearly always share one name: look its schema up once.
-    std::string lastName;
+    std::string_view lastName;
     const ElementSchema* lastSchema = nullptr;
+    bool reserved = false;
     const size_t base = merged.bases.size();
     merged.bases.push_back(holder.path);
     std::vector<MergedEntry> local;
+    local.reserve(holder.element->children.size());
     const auto drop = [&](std::vector<MergedEntry>& entries, const XmlElement& remove) {
         std::erase_if(entries, [&](const MergedEntry& entry) {
             if (!SameKey(*entry.schema, *entry.element, remove)) {
@@ -44,7 +46,7 @@ void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundEleme
             return true;
         });
     };
-    const std::vector<XmlChild>& children = holder.element->children;
+    const XmlList<XmlChild>& children = holder.element->children;
     for (size_t i = 0; i < children.size(); ++i) {
         const XmlElement* element = children[i].element.get();
         if (!element) {
@@ -63,6 +65,10 @@ void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundEleme
             if (element->name != lastName) {
                 lastName = element->name;
                 lastSchema = ownerSchema.FindEntry(qm::from_utf8(element->name));
+                if (keys && lastSchema && !reserved) {
+                    keys->Reserve(*lastSchema, children.size() - i);
+                    reserved = true;
+                }
             }
             if (const ElementSchema* schema = lastSchema) {
                 if (keys) {
@@ -73,9 +79,14 @@ void ApplyLevel(MergedCollection& merged, CollectionKeys* keys, const FoundEleme
                                  "): " + CollectionKeys::ClashText(*schema, *element, clash.key));
                     }
                 }
-                local.push_back({element, schema, level, base, {element->id, i}});
+                local.push_back({element, schema, static_cast<uint32_t>(level),
+                                 static_cast<uint32_t>(base), static_cast<uint32_t>(i)});
             }
         }
+    }
+    if (merged.entries.empty()) {
+        merged.entries = std::move(local);
+        return;
     }
     const auto at = collection.mergeAppend ? merged.entries.end() : merged.entries.begin();
     merged.entries.insert(at, local.begin(), local.end());
@@ -115,13 +126,56 @@ MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSc
     return merged;
 }
 
+std::shared_ptr<const MergedCollection> CachedEntries(const ConfigElementImpl& owner,
+                                                      const CollectionSchema& collection) {
+    const SectionView& view = *owner.view();
+    std::shared_ptr<MergedViews> views;
+    std::vector<XmlElementPtr> roots;
+    // Entries of an entry's collection are few and merged from one element: not worth keeping.
+    if (!owner.anchor()) {
+        const WorkingFile& appHost = *view.levels.front().file;
+        if (!appHost.Changed()) {
+            views =
+                view.session->machine().cache->MergedViewsOf(appHost.hostPath, appHost.readRoot);
+        }
+        for (const ConfigLevel& level : view.levels) {
+            if (!views || level.file->Changed()) {
+                views = nullptr;
+                break;
+            }
+            // A file that does not exist adds nothing, whatever stands in for it here.
+            roots.push_back(level.file->loaded.document ? level.file->readRoot : nullptr);
+        }
+    }
+    if (!views) {
+        return std::make_shared<const MergedCollection>(MergeEntries(owner, collection));
+    }
+    // The collection, where it lies in the section, and the levels it is merged from.
+    std::string key = std::to_string(reinterpret_cast<uintptr_t>(&collection));
+    for (const std::string& name : owner.names()) {
+        key.append("/").append(name);
+    }
+    for (const ConfigLevel& level : view.levels) {
+        key.append("|").append(level.file->hostPath);
+        for (const qm::wstring& segment : level.location) {
+            key.append("/").append(qm::to_utf8(segment));
+        }
+    }
+    if (std::shared_ptr<const MergedCollection> found = views->Find(key, roots)) {
+        return found;
+    }
+    auto merged = std::make_shared<const MergedCollection>(MergeEntries(owner, collection));
+    views->Store(key, std::move(roots), merged);
+    return merged;
+}
+
 std::shared_ptr<Anchor> AnchorFor(const ConfigElementImpl& owner,
                                   const CollectionSchema& collection,
                                   const MergedCollection& merged, size_t index) {
     const MergedEntry& entry = merged.entries[index];
     auto anchor = std::make_shared<Anchor>();
     anchor->path = merged.bases[entry.base];
-    anchor->path.push_back(entry.step);
+    anchor->path.push_back(entry.Step());
     anchor->level = entry.level;
     anchor->collection = &collection;
     anchor->ownerSchema = owner.schema();

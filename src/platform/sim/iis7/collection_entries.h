@@ -3,6 +3,7 @@
 // schema says mergeAppend="false", go before the inherited ones), <remove> drops an inherited
 // entry by its key, <clear> drops all inherited entries.
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,9 +16,12 @@ namespace webrig::sim::iis7 {
 struct MergedEntry {
     const XmlElement* element = nullptr;
     const ElementSchema* schema = nullptr;
-    size_t level = 0;
-    size_t base = 0;  // the way to the collection's element, in MergedCollection::bases
-    PathStep step;    // the entry below it
+    uint32_t level = 0;
+    uint32_t base = 0;   // the way to the collection's element, in MergedCollection::bases
+    uint32_t index = 0;  // of the entry among that element's children, when merged
+
+    // The step from the collection's element to the entry.
+    PathStep Step() const { return {element->id, index}; }
 };
 
 struct MergedCollection {
@@ -27,6 +31,11 @@ struct MergedCollection {
 
 // The entries of the collection `owner` holds, as they apply at the owner's path.
 MergedCollection MergeEntries(const ConfigElementImpl& owner, const CollectionSchema& collection);
+
+// The same, taken from the file cache when no file it comes from has changed since another
+// manager merged it (and kept there for the next one).
+std::shared_ptr<const MergedCollection> CachedEntries(const ConfigElementImpl& owner,
+                                                      const CollectionSchema& collection);
 
 // An anchor for entry `index`, for handing the entry out.
 std::shared_ptr<Anchor> AnchorFor(const ConfigElementImpl& owner,

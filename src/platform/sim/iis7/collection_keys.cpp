@@ -197,12 +197,21 @@ void CollectionKeys::Insert(Slot slot) {
     ++m_used;
 }
 
-void CollectionKeys::Grow() {
+void CollectionKeys::Reserve(const ElementSchema& schema, size_t entries) {
+    size_t keys = 0;
+    ForEachKey(schema, [&](uint32_t) { ++keys; });
+    if ((m_used + keys * entries + 1) * 2 > m_slots.size()) {
+        Grow(keys * entries);
+    }
+}
+
+void CollectionKeys::Grow(size_t room) {
     std::vector<Slot> old = std::move(m_slots);
     const size_t live = static_cast<size_t>(std::count_if(
         old.begin(), old.end(), [](const Slot& slot) { return slot.element && !slot.removed; }));
+    // At most half full: probes stay short, and ten thousand sites' keys take 2 MB, not 4.
     size_t capacity = 16;
-    while (capacity < (live + 1) * 4) {
+    while (capacity < (live + room + 1) * 2) {
         capacity *= 2;
     }
     m_slots.assign(capacity, Slot{});

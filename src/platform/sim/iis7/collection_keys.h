@@ -38,6 +38,9 @@ class CollectionKeys {
     // Records the keys of `element` unless one of them is held already: then nothing is
     // recorded and the clash is returned.
     Clash Add(const ElementSchema& schema, const XmlElement& element);
+    // Makes room for the keys of `entries` more entries of `schema`, so that adding them does
+    // not grow the table step by step.
+    void Reserve(const ElementSchema& schema, size_t entries);
     // Forgets the keys of an entry recorded before.
     void Remove(const ElementSchema& schema, const XmlElement& element);
     void Clear();
@@ -58,7 +61,7 @@ class CollectionKeys {
     size_t Probe(uint64_t hash, const ElementSchema& schema, const XmlElement& element,
                  uint32_t key) const;
     void Insert(Slot slot);
-    void Grow();
+    void Grow(size_t room = 0);
 
     std::vector<Slot> m_slots;
     size_t m_used = 0;  // live and removed slots

@@ -30,10 +30,10 @@ ConfigCollectionImpl::ConfigCollectionImpl(std::shared_ptr<ConfigElementImpl> ow
 const MergedCollection& ConfigCollectionImpl::Entries() {
     const uint64_t version = m_owner->view()->session->version();
     if (version != m_version) {
-        m_entries = MergeEntries(*m_owner, m_collection);
+        m_entries = CachedEntries(*m_owner, m_collection);
         m_version = version;
     }
-    return m_entries;
+    return *m_entries;
 }
 
 qm::hresult ConfigCollectionImpl::Count(uint32_t& count) {
@@ -160,13 +160,14 @@ void ConfigCollectionImpl::Delete(uint32_t index) {
     }
     SectionView& view = *m_owner->view();
     const MergedEntry entry = merged.entries[index];
+    const uint64_t id = entry.element->id;
     std::shared_ptr<Anchor> anchor = AnchorFor(*m_owner, m_collection, merged, index);
     if (AnchorLevel(view, *anchor) == view.target) {
         // The holder of the entry: its anchor without the last step.
         Anchor holderAnchor = *anchor;
         holderAnchor.path.pop_back();
         XmlElement& holder = MutableAnchor(view, holderAnchor);
-        RemoveChildElement(holder, ChildIndexOf(holder, entry.step.id));
+        RemoveChildElement(holder, ChildIndexOf(holder, id));
     } else {
         if (m_owner->anchor() || m_collection.removeElement.empty()) {
             Fail(qm::hr::lock_violation,

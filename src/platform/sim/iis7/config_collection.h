@@ -30,7 +30,7 @@ class ConfigCollectionImpl final : public platform::ElementCollection {
 
     std::shared_ptr<ConfigElementImpl> m_owner;
     const CollectionSchema& m_collection;
-    MergedCollection m_entries;
+    std::shared_ptr<const MergedCollection> m_entries;
     uint64_t m_version = UINT64_MAX;
 };
 

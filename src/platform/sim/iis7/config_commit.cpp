@@ -11,9 +11,40 @@ namespace {
 
 struct PendingWrite {
     WorkingFile* file;
+    XmlDocument document;
     std::string bytes;
     size_t hash;
 };
+
+// The element at `path` as its parent holds it, or null when it is gone.
+XmlElementPtr SharedAt(const XmlElement& root, const NodePath& path) {
+    const XmlElement* parent = &root;
+    XmlElementPtr found;
+    for (const PathStep& step : path) {
+        found = nullptr;
+        for (const XmlChild& child : parent->children) {
+            if (child.element && child.element->id == step.id) {
+                found = child.element;
+                break;
+            }
+        }
+        if (!found) {
+            return nullptr;
+        }
+        parent = found.get();
+    }
+    return found;
+}
+
+// A section kept in its own file takes the owner's working copy of it.
+void SyncSource(const WorkingFile& owner, const SourcedSection& section) {
+    const XmlElementPtr current = SharedAt(*owner.document.root, section.path);
+    XmlDocument& source = section.source->document;
+    const size_t index = source.DocumentElementIndex();
+    if (current && source.root->children[index].element != current) {
+        MakeMutable(source.root).children[index].element = current;
+    }
+}
 
 // Whether the file on disk is still the one this manager read.
 bool Unchanged(const WorkingFile& file) {
@@ -33,12 +64,18 @@ bool Unchanged(const WorkingFile& file) {
 }  // namespace
 
 qm::hresult ConfigSession::Commit() {
+    for (const std::unique_ptr<WorkingFile>& file : m_files) {
+        for (const SourcedSection& section : file->sourced) {
+            SyncSource(*file, section);
+        }
+    }
     std::vector<PendingWrite> writes;
     for (const std::unique_ptr<WorkingFile>& file : m_files) {
         if (!file->Changed()) {
             continue;
         }
-        std::string bytes = RenderXml(file->document);
+        XmlDocument document = Rendered(*file);
+        std::string bytes = RenderXml(document);
         const size_t hash = HashContent(bytes);
         if (file->loaded.identity.exists && hash == file->loaded.contentHash &&
             bytes.size() == file->loaded.identity.size) {
@@ -46,7 +83,7 @@ qm::hresult ConfigSession::Commit() {
             file->readRoot = file->document.root;
             continue;
         }
-        writes.push_back({file.get(), std::move(bytes), hash});
+        writes.push_back({file.get(), std::move(document), std::move(bytes), hash});
     }
     if (writes.empty()) {
         m_pending = false;
@@ -78,7 +115,7 @@ qm::hresult ConfigSession::Commit() {
             m_errorText = file.displayName + ": the file cannot be written";
             return qm::hresult_from_win32(qm::win32::write_fault);
         }
-        auto document = std::make_shared<const XmlDocument>(file.document);
+        auto document = std::make_shared<const XmlDocument>(std::move(write.document));
         file.loaded = LoadedFile{IdentifyFile(file.hostPath), write.hash, document,
                                  file.isAppHost ? file.declarations : nullptr};
         file.readRoot = file.document.root;

@@ -50,6 +50,25 @@ FoundElement Descend(FoundElement start, const std::vector<std::string>& names) 
     return start;
 }
 
+// Every element `names` lead to below `start`: a section group may be written more than once in
+// a file, and each copy may hold other sections.
+void CollectSections(const FoundElement& start, const std::vector<std::string>& names, size_t depth,
+                     std::vector<FoundElement>& found) {
+    if (depth == names.size()) {
+        found.push_back(start);
+        return;
+    }
+    const auto& children = start.element->children;
+    for (size_t i = 0; i < children.size(); ++i) {
+        const XmlElement* child = children[i].element.get();
+        if (child && child->name == names[depth]) {
+            FoundElement next{child, start.path};
+            next.path.push_back({child->id, i});
+            CollectSections(next, names, depth + 1, found);
+        }
+    }
+}
+
 bool HasDelegationAttribute(const XmlElement& location) {
     return location.FindAttribute("overrideMode") || location.FindAttribute("allowOverride");
 }
@@ -88,6 +107,13 @@ ConfigSession::ConfigSession(std::shared_ptr<const ConfigMachine> machine,
                              std::shared_ptr<AppHostLocation> appHostLocation)
     : m_machine(std::move(machine)), m_appHostLocation(std::move(appHostLocation)) {}
 
+const Schema& ConfigSession::schema() {
+    if (!m_schema) {
+        m_schema = m_machine->schema();
+    }
+    return *m_schema;
+}
+
 qm::wstring_view ConfigSession::commitPath() const noexcept {
     return m_commitPath.empty() ? kAppHostPath : qm::wstring_view(m_commitPath);
 }
@@ -95,7 +121,7 @@ qm::wstring_view ConfigSession::commitPath() const noexcept {
 qm::hresult ConfigSession::PutCommitPath(qm::wstring_view path) {
     if (m_pending) {
         m_errorText = "the commit path cannot change while changes are pending";
-        return qm::hr::file_checked_out;
+        return qm::hr::checkout_required;
     }
     std::optional<std::vector<qm::wstring>> segments = SplitConfigPath(path);
     if (!segments) {
@@ -141,7 +167,6 @@ WorkingFile& ConfigSession::Adopt(const std::string& hostPath, std::string displ
     } else {
         file->document = ReadXml(std::make_shared<const std::string>(kNewWebConfig));
     }
-    file->readRoot = file->document.root;
     if (file->loaded.declarations) {
         file->declarations = file->loaded.declarations;
     } else {
@@ -158,6 +183,15 @@ WorkingFile& ConfigSession::Adopt(const std::string& hostPath, std::string displ
             file->loaded.declarations = file->declarations;
         }
     }
+    const size_t filesBefore = m_files.size();
+    try {
+        MountSources(*file);
+    } catch (const ConfigFailure&) {
+        // The file is not read; neither are the files it refers to.
+        m_files.resize(filesBefore);
+        throw;
+    }
+    file->readRoot = file->document.root;
     WorkingFile& adopted = *file;
     m_files.push_back(std::move(file));
     return adopted;
@@ -235,6 +269,141 @@ void ConfigSession::Validate(WorkingFile& file) const {
             check(*inner.element, inner.element->name);
         }
     }
+}
+
+// The sections of `file` that name a configSource take the referenced file's section element.
+void ConfigSession::MountSources(WorkingFile& file) {
+    const SectionDeclarations* own = file.declarations.get();
+    const SectionDeclarations* appHost =
+        file.isAppHost || !m_appHost ? nullptr : m_appHost->declarations.get();
+    const auto isSection = [&](const std::string& name) {
+        return (own && own->FindSection(name)) || (appHost && appHost->FindSection(name)) ||
+               FrameworkSection(name);
+    };
+    const auto isGroup = [&](const std::string& name) {
+        return (own && own->IsGroup(name)) || (appHost && appHost->IsGroup(name)) ||
+               IsFrameworkTopLevel(name);
+    };
+    // Only section groups are walked, so the cost does not grow with the sites a file holds.
+    std::vector<FoundElement> placeholders;
+    const std::function<void(const FoundElement&, const std::string&)> walk =
+        [&](const FoundElement& at, const std::string& group) {
+            const auto& children = at.element->children;
+            for (size_t i = 0; i < children.size(); ++i) {
+                const XmlElement* child = children[i].element.get();
+                if (!child) {
+                    continue;
+                }
+                FoundElement next{child, at.path};
+                next.path.push_back({child->id, i});
+                const std::string name = group.empty() ? child->name : group + "/" + child->name;
+                if (group.empty() && at.path.size() == 1 && child->name == "location") {
+                    walk(next, {});
+                } else if (isSection(name)) {
+                    if (child->FindAttribute("configSource")) {
+                        placeholders.push_back(std::move(next));
+                    }
+                } else if (isGroup(name)) {
+                    walk(next, name);
+                }
+            }
+        };
+    const size_t rootIndex = file.document.DocumentElementIndex();
+    walk({file.document.DocumentElement(),
+          {{file.document.root->children[rootIndex].element->id, rootIndex}}},
+         {});
+    for (const FoundElement& found : placeholders) {
+        const XmlElement& placeholder = *found.element;
+        const std::string reference = placeholder.FindAttribute("configSource")->value;
+        const std::string where = file.displayName + "(" + std::to_string(placeholder.line) + "): ";
+        if (placeholder.ElementCount() != 0 || placeholder.attributes.size() != 1) {
+            Fail(qm::hr::invalid_data,
+                 where +
+                     "A section using 'configSource' may contain no other attributes or "
+                     "elements");
+        }
+        // IIS reads only files in the configuration file's folder or below it.
+        bool below = !reference.empty() && reference.front() != '\\' &&
+                     reference.find_first_of(":/") == std::string::npos;
+        for (size_t start = 0; below && start <= reference.size();) {
+            const size_t end = std::min(reference.find('\\', start), reference.size());
+            below = reference.compare(start, end - start, "..") != 0;
+            start = end + 1;
+        }
+        if (!below) {
+            Fail(qm::hr::invalid_data,
+                 where +
+                     "The configSource attribute must be a relative physical path to a file in "
+                     "the folder of the configuration file or below it: '" +
+                     reference + "'");
+        }
+        SourcedSection section{found.path, nullptr, nullptr};
+        section.source = &AdoptSource(file, reference, placeholder.name);
+        NodePath parentPath(found.path.begin(), found.path.end() - 1);
+        XmlElement& parent = MutableAt(file, parentPath);
+        const size_t index = FindChildIndex(parent, found.path.back());
+        section.placeholder = parent.children[index].element;
+        const XmlDocument& source = section.source->document;
+        parent.children[index].element =
+            source.root->children[source.DocumentElementIndex()].element;
+        section.path.back() = {parent.children[index].element->id, index};
+        file.sourced.push_back(std::move(section));
+    }
+}
+
+WorkingFile& ConfigSession::AdoptSource(const WorkingFile& owner, const std::string& reference,
+                                        const std::string& rootName) {
+    const std::string windowsPath =
+        owner.displayName.substr(0, owner.displayName.rfind('\\') + 1) + reference;
+    const ResolvedPath resolved =
+        ResolveWindowsPath(m_machine->driveRoot, qm::from_utf8(windowsPath));
+    if (resolved.error != 0 || resolved.isDirectory) {
+        Fail(qm::hr::file_not_found, windowsPath + ": Cannot read configuration file");
+    }
+    const std::string hostPath = resolved.hostPath.native();
+    bool taken = hostPath == owner.hostPath;
+    for (const std::unique_ptr<WorkingFile>& other : m_files) {
+        taken = taken || other->hostPath == hostPath;
+    }
+    if (taken) {
+        Fail(qm::hr::invalid_data,
+             windowsPath + ": the file is already read as another configuration file");
+    }
+    auto source = std::make_unique<WorkingFile>();
+    try {
+        source->loaded = m_machine->cache->Load(hostPath, windowsPath, rootName);
+    } catch (const ConfigFileError& error) {
+        Fail(qm::hr::invalid_data, error.what());
+    }
+    if (!source->loaded.document) {
+        Fail(qm::hr::file_not_found, windowsPath + ": Cannot read configuration file");
+    }
+    source->hostPath = hostPath;
+    source->displayName = windowsPath;
+    source->configPath = owner.configPath;
+    source->isSource = true;
+    source->document = *source->loaded.document;
+    source->readRoot = source->document.root;
+    m_files.push_back(std::move(source));
+    return *m_files.back();
+}
+
+XmlDocument ConfigSession::Rendered(const WorkingFile& file) const {
+    XmlDocument document = file.document;
+    for (const SourcedSection& section : file.sourced) {
+        XmlElement* element = &MakeMutable(document.root);
+        for (size_t i = 0; i + 1 < section.path.size() && element; ++i) {
+            const size_t index = FindChildIndex(*element, section.path[i]);
+            element = index == std::string::npos ? nullptr
+                                                 : &MakeMutable(element->children[index].element);
+        }
+        const size_t index =
+            element ? FindChildIndex(*element, section.path.back()) : std::string::npos;
+        if (index != std::string::npos) {
+            element->children[index].element = section.placeholder;
+        }
+    }
+    return document;
 }
 
 std::shared_ptr<const AppHostLocation::Place> ConfigSession::LocateAppHost() const {
@@ -328,10 +497,9 @@ std::vector<FoundElement> ConfigSession::SectionsAt(
     const size_t rootIndex = document.DocumentElementIndex();
     const XmlElement& configuration = *document.root->children[rootIndex].element;
     const FoundElement start{&configuration, {{configuration.id, rootIndex}}};
+    // A <location path=""> tag holds settings of the file's own level, as the file itself does.
     if (level.location.empty()) {
-        if (FoundElement section = Descend(start, sectionNames); section.element) {
-            found.push_back(std::move(section));
-        }
+        CollectSections(start, sectionNames, 0, found);
     }
     for (size_t i = 0; i < configuration.children.size(); ++i) {
         const XmlElement* location = configuration.children[i].element.get();
@@ -342,10 +510,15 @@ std::vector<FoundElement> ConfigSession::SectionsAt(
         FoundElement at = start;
         at.element = location;
         at.path.push_back({location->id, i});
-        if (FoundElement section = Descend(at, sectionNames); section.element) {
-            found.push_back(std::move(section));
-        }
+        CollectSections(at, sectionNames, 0, found);
     }
+    return found;
+}
+
+std::vector<FoundElement> FindSections(const XmlElement& parent,
+                                       const std::vector<std::string>& names) {
+    std::vector<FoundElement> found;
+    CollectSections({&parent, {}}, names, 0, found);
     return found;
 }
 
@@ -377,42 +550,45 @@ ConfigSession::Writable ConfigSession::EnsureSection(const ConfigLevel& level,
                                                      const std::vector<std::string>& sectionNames,
                                                      const std::vector<std::string>& childNames) {
     WorkingFile& file = *level.file;
-    const size_t rootIndex = file.document.DocumentElementIndex();
-    Writable at{nullptr, {{file.document.root->children[rootIndex].element->id, rootIndex}}};
-    XmlElement* parent = &MutableAt(file, at.path);
     const XmlLayout& layout = file.document.layout;
-    if (!level.location.empty()) {
-        // Prefer the tag that already holds the section, then one that only carries settings.
-        size_t chosen = std::string::npos;
-        size_t plain = std::string::npos;
-        for (size_t i = 0; i < parent->children.size(); ++i) {
-            const XmlElement* location = parent->children[i].element.get();
-            if (!location || location->name != "location" ||
-                !SameSegments(LocationSegments(*location), level.location)) {
-                continue;
+    Writable at;
+    XmlElement* parent = nullptr;
+    std::vector<std::string> names;
+    // The section's one definition for this path, wherever the file keeps it (at the top, or in a
+    // <location> tag for the path), receives the change.
+    if (const std::vector<FoundElement> existing = SectionsAt(level, sectionNames);
+        !existing.empty()) {
+        at.path = existing.front().path;
+        parent = &MutableAt(file, at.path);
+    } else {
+        const size_t rootIndex = file.document.DocumentElementIndex();
+        at.path = {{file.document.root->children[rootIndex].element->id, rootIndex}};
+        parent = &MutableAt(file, at.path);
+        if (!level.location.empty()) {
+            // A tag for the path that only carries settings; one that delegates would lock or
+            // unlock the section too.
+            size_t chosen = std::string::npos;
+            for (size_t i = 0; i < parent->children.size(); ++i) {
+                const XmlElement* location = parent->children[i].element.get();
+                if (location && location->name == "location" &&
+                    SameSegments(LocationSegments(*location), level.location) &&
+                    !HasDelegationAttribute(*location)) {
+                    chosen = i;
+                    break;
+                }
             }
-            if (Descend({location, {}}, sectionNames).element) {
-                chosen = i;
-                break;
+            if (chosen == std::string::npos) {
+                auto location = NewXmlElement("location");
+                location->SetAttribute(
+                    "path", qm::to_utf8(JoinSegments(level.location, 0, level.location.size())));
+                InsertChildElement(*parent, std::string::npos, location, layout);
+                chosen = FindChildIndex(*parent, {location->id, 0});
             }
-            if (plain == std::string::npos && !HasDelegationAttribute(*location)) {
-                plain = i;
-            }
+            at.path.push_back({parent->children[chosen].element->id, chosen});
+            parent = &MakeMutable(parent->children[chosen].element);
         }
-        if (chosen == std::string::npos) {
-            chosen = plain;
-        }
-        if (chosen == std::string::npos) {
-            auto location = NewXmlElement("location");
-            location->SetAttribute(
-                "path", qm::to_utf8(JoinSegments(level.location, 0, level.location.size())));
-            InsertChildElement(*parent, std::string::npos, location, layout);
-            chosen = FindChildIndex(*parent, {location->id, 0});
-        }
-        at.path.push_back({parent->children[chosen].element->id, chosen});
-        parent = &MakeMutable(parent->children[chosen].element);
+        names = sectionNames;
     }
-    std::vector<std::string> names = sectionNames;
     names.insert(names.end(), childNames.begin(), childNames.end());
     for (const std::string& name : names) {
         size_t index = FindChildIndexByName(*parent, name);

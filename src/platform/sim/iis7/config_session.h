@@ -30,7 +30,8 @@ struct ConfigMachine {
     std::filesystem::path driveRoot;  // the folder that is C:\ .
     std::filesystem::path lockFile;   // MachineLock while committing
     MachineConfig config;
-    const Schema* schema = nullptr;
+    // The schema a fresh manager reads with (the machine's schema folder).
+    SchemaProvider schema;
     // The machine's encryption of secret attributes; asked for only when one is read or written.
     std::function<const ConfigEncryption&()> encryption;
     ConfigFileCache* cache = nullptr;
@@ -62,6 +63,17 @@ struct PathStep {
 };
 using NodePath = std::vector<PathStep>;
 
+struct WorkingFile;
+
+// A section a file keeps in a file of its own (`configSource`): while the manager works, the
+// referenced file's section element stands where the placeholder element was, so that reads and
+// writes reach it; a commit puts the placeholder back and writes the section to its file.
+struct SourcedSection {
+    NodePath path;              // to the section element in the owner's working document
+    XmlElementPtr placeholder;  // "<directoryBrowse configSource="..." />" as read
+    WorkingFile* source = nullptr;
+};
+
 // A configuration file as this manager sees it.
 struct WorkingFile {
     std::string hostPath;     // native path on the host
@@ -72,6 +84,8 @@ struct WorkingFile {
     XmlElementPtr readRoot;               // the root as read (a new file's template)
     XmlDocument document;                 // with this manager's changes
     std::shared_ptr<const SectionDeclarations> declarations;  // its own <configSections>
+    std::vector<SourcedSection> sourced;
+    bool isSource = false;  // holds one section of another file, not a level
 
     bool Changed() const { return document.root != readRoot; }
 };
@@ -94,6 +108,9 @@ class ConfigSession {
                   std::shared_ptr<AppHostLocation> appHostLocation);
 
     const ConfigMachine& machine() const noexcept { return *m_machine; }
+    // The schema this manager reads with, taken from the machine when first needed; throws
+    // ConfigFailure when the machine has none.
+    const Schema& schema();
 
     qm::wstring_view commitPath() const noexcept;
     const std::vector<qm::wstring>& commitSegments() const noexcept { return m_commitSegments; }
@@ -119,7 +136,8 @@ class ConfigSession {
     std::vector<ConfigLevel> LevelsFor(const std::vector<qm::wstring>& path);
 
     // The section elements a level holds for `sectionNames` (the section's name split at "/"),
-    // in file order; missing ones are left out.
+    // in file order: at the file's own level the top-level ones and those of <location path="">
+    // tags. More than one is a second definition, which IIS refuses.
     std::vector<FoundElement> SectionsAt(const ConfigLevel& level,
                                          const std::vector<std::string>& sectionNames) const;
 
@@ -128,7 +146,8 @@ class ConfigSession {
     // The element at `path`, made changeable (elements on the way are copied when shared).
     XmlElement& MutableAt(WorkingFile& file, const NodePath& path);
     // The element below the section element of `level` that `names` lead to (the section's own
-    // name split at "/", then child names), created with its location tag when missing.
+    // name split at "/", then child names), created with its location tag when missing. An
+    // existing definition of the section receives the change, wherever the file holds it.
     struct Writable {
         XmlElement* element = nullptr;
         NodePath path;
@@ -154,9 +173,17 @@ class ConfigSession {
     // Where applicationHost.config lies on the drive, looked up folder by folder.
     std::shared_ptr<const AppHostLocation::Place> LocateAppHost() const;
     void Validate(WorkingFile& file) const;
+    // Puts the sections that name a configSource in place; throws ConfigFailure for a reference
+    // IIS refuses or a referenced file that is missing or malformed.
+    void MountSources(WorkingFile& file);
+    WorkingFile& AdoptSource(const WorkingFile& owner, const std::string& reference,
+                             const std::string& rootName);
+    // The document to write for `file`: the working one with its placeholders back.
+    XmlDocument Rendered(const WorkingFile& file) const;
 
     std::shared_ptr<const ConfigMachine> m_machine;
     std::shared_ptr<AppHostLocation> m_appHostLocation;
+    std::shared_ptr<const Schema> m_schema;
     qm::wstring m_commitPath;  // empty: MACHINE/WEBROOT/APPHOST, where a fresh manager starts
     std::vector<qm::wstring> m_commitSegments;
     bool m_pending = false;
@@ -167,6 +194,9 @@ class ConfigSession {
     std::string m_errorText;
 };
 
+// Every element below `parent` that `names` lead to, in file order (section groups may repeat).
+std::vector<FoundElement> FindSections(const XmlElement& parent,
+                                       const std::vector<std::string>& names);
 // Follows child names down from `start`; null element when one is missing.
 FoundElement DescendByNames(FoundElement start, const std::vector<std::string>& names);
 // Child element of `parent` by name, or null.

@@ -26,8 +26,9 @@ std::optional<bool> Delegation(const XmlElement& location) {
 
 }  // namespace
 
-bool OverrideAllowed(const SectionDeclaration& section, const XmlElement& appHostConfiguration,
-                     const std::vector<qm::wstring>& path) {
+bool OverrideAllowed(const SectionDeclaration& section,
+                     const std::vector<std::string>& sectionNames,
+                     const XmlElement& appHostConfiguration, const std::vector<qm::wstring>& path) {
     bool allowed = section.overrideAllowed;
     size_t bestDepth = 0;
     bool found = false;
@@ -35,8 +36,9 @@ bool OverrideAllowed(const SectionDeclaration& section, const XmlElement& appHos
         if (!child.element || child.element->name != "location") {
             continue;
         }
+        // A tag's overrideMode is that of the sections it holds, not of every section.
         const std::optional<bool> delegation = Delegation(*child.element);
-        if (!delegation) {
+        if (!delegation || FindSections(*child.element, sectionNames).empty()) {
             continue;
         }
         const std::vector<qm::wstring> segments = LocationSegments(*child.element);

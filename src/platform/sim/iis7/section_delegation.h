@@ -1,8 +1,9 @@
 #pragma once
 // Whether a section may be set in a web.config at a path: its overrideModeDefault, changed by
 // <location overrideMode="Allow|Deny"> (or the older allowOverride) tags of applicationHost.config
-// for that path or a path above it, the most specific tag winning.
+// that hold the section, for that path or a path above it, the most specific tag winning.
 
+#include <string>
 #include <vector>
 
 #include "platform/sim/iis7/section_declarations.h"
@@ -11,7 +12,8 @@
 
 namespace webrig::sim::iis7 {
 
-bool OverrideAllowed(const SectionDeclaration& section, const XmlElement& appHostConfiguration,
-                     const std::vector<qm::wstring>& path);
+bool OverrideAllowed(const SectionDeclaration& section,
+                     const std::vector<std::string>& sectionNames,
+                     const XmlElement& appHostConfiguration, const std::vector<qm::wstring>& path);
 
 }  // namespace webrig::sim::iis7

@@ -115,12 +115,19 @@ constexpr MimeMap kMimeMaps[] = {
     {".zip", "application/x-zip-compressed", {}},
 };
 
-// Native modules: name and the DLL in %windir%\System32\inetsrv.
-constexpr std::pair<std::string_view, std::string_view> kModules[] = {
+// Native modules: name, the DLL in %windir%\System32\inetsrv, and whether <modules> enables it
+// (the cache modules work for the whole server and are only global).
+struct NativeModule {
+    std::string_view name;
+    std::string_view dll;
+    bool enabled = true;
+};
+
+constexpr NativeModule kModules[] = {
     {"HttpLoggingModule", "loghttp.dll"},
-    {"UriCacheModule", "cachuri.dll"},
-    {"FileCacheModule", "cachfile.dll"},
-    {"TokenCacheModule", "cachtokn.dll"},
+    {"UriCacheModule", "cachuri.dll", false},
+    {"FileCacheModule", "cachfile.dll", false},
+    {"TokenCacheModule", "cachtokn.dll", false},
     {"HttpCacheModule", "cachhttp.dll"},
     {"StaticCompressionModule", "compstat.dll"},
     {"DefaultDocumentModule", "defdoc.dll"},
@@ -134,7 +141,42 @@ constexpr std::pair<std::string_view, std::string_view> kModules[] = {
     {"WindowsAuthenticationModule", "authsspi.dll"},
     {"IsapiModule", "isapi.dll"},
     {"IsapiFilterModule", "filter.dll"},
+    {"ConfigurationValidationModule", "validcfg.dll"},
 };
+
+// The ASP.NET modules its setup enables for every site: name and type. Those of ASP.NET 4 that
+// older runtimes lack carry their runtime in the precondition.
+constexpr std::pair<std::string_view, std::string_view> kManagedModules[] = {
+    {"OutputCache", "System.Web.Caching.OutputCacheModule"},
+    {"Session", "System.Web.SessionState.SessionStateModule"},
+    {"WindowsAuthentication", "System.Web.Security.WindowsAuthenticationModule"},
+    {"FormsAuthentication", "System.Web.Security.FormsAuthenticationModule"},
+    {"DefaultAuthentication", "System.Web.Security.DefaultAuthenticationModule"},
+    {"RoleManager", "System.Web.Security.RoleManagerModule"},
+    {"UrlAuthorization", "System.Web.Security.UrlAuthorizationModule"},
+    {"FileAuthorization", "System.Web.Security.FileAuthorizationModule"},
+    {"AnonymousIdentification", "System.Web.Security.AnonymousIdentificationModule"},
+    {"Profile", "System.Web.Profile.ProfileModule"},
+    {"UrlMappingsModule", "System.Web.UrlMappingsModule"},
+};
+
+constexpr std::string_view kExtensionsAssembly =
+    "System.Web.Extensions, Version=4.0.0.0, Culture=neutral, PublicKeyToken=31bf3856ad364e35";
+
+// The ASP.NET release a stock installation of each IIS has: 2.0 came with IIS 7.5, 4.5 and
+// later (still "v4.0" at run time) with IIS 8.5 and 10.
+struct AspNet {
+    std::string_view runtime;    // "v2.0", "v4.0"
+    std::string_view framework;  // the folder below Microsoft.NET\Framework[64]
+    std::string_view engine;     // the integrated-mode global module, without its bitness
+    std::string_view engineDll;
+    std::string_view filter;  // the ISAPI filter's name, without its bitness
+};
+
+constexpr AspNet kAspNet2{"v2.0", "v2.0.50727", "ManagedEngine", "webengine.dll",
+                          "ASP.Net_2.0.50727"};
+constexpr AspNet kAspNet4{"v4.0", "v4.0.30319", "ManagedEngineV4.0", "webengine4.dll",
+                          "ASP.Net_4.0"};
 
 constexpr std::string_view kErrorStatusCodes[] = {"401", "403", "404", "405", "406",
                                                   "412", "500", "501", "502"};
@@ -160,6 +202,8 @@ class ApplicationHostWriter {
         Line(0, "");
         WebServer();
         Line(0, "");
+        ServerLevelLocation();
+        Line(0, "");
         Line(0, "</configuration>");
         return std::move(m_text);
     }
@@ -180,6 +224,14 @@ class ApplicationHostWriter {
     }
 
     bool From(Release first) const { return m_release >= first; }
+
+    const AspNet& Asp() const { return From(Release::iis85) ? kAspNet4 : kAspNet2; }
+
+    // "%windir%\Microsoft.NET\Framework64\v4.0.30319\" for `bits` 64.
+    std::string FrameworkFolder(int bits) const {
+        return R"(%windir%\Microsoft.NET\Framework)" + std::string(bits == 64 ? "64" : "") + "\\" +
+               std::string(Asp().framework) + "\\";
+    }
 
     void Section(int depth, std::string_view name, std::string_view declaration) {
         Line(depth,
@@ -291,6 +343,10 @@ class ApplicationHostWriter {
             Line(3, R"(<add name="Classic .NET AppPool" managedPipelineMode="Classic" />)");
             Line(3, R"(<applicationPoolDefaults managedRuntimeVersion="v2.0">)");
         } else {
+            Line(
+                3,
+                R"(<add name=".NET v4.5 Classic" managedRuntimeVersion="v4.0" managedPipelineMode="Classic" />)");
+            Line(3, R"(<add name=".NET v4.5" managedRuntimeVersion="v4.0" />)");
             Line(3, R"(<applicationPoolDefaults managedRuntimeVersion="v4.0">)");
         }
         if (From(Release::iis10)) {
@@ -356,13 +412,17 @@ class ApplicationHostWriter {
         Line(2, "<fastCgi />");
         Line(0, "");
         Line(2, "<globalModules>");
-        for (const auto& [name, dll] : kModules) {
-            Line(3, R"(<add name=")" + std::string(name) +
-                        R"(" image="%windir%\System32\inetsrv\)" + std::string(dll) + R"(" />)");
+        for (const NativeModule& module : kModules) {
+            Line(3, R"(<add name=")" + std::string(module.name) +
+                        R"(" image="%windir%\System32\inetsrv\)" + std::string(module.dll) +
+                        R"(" />)");
+        }
+        for (const int bits : {32, 64}) {
+            Line(3, R"(<add name=")" + EngineName(bits) + R"(" image=")" + FrameworkFolder(bits) +
+                        std::string(Asp().engineDll) + R"(" preCondition=")" +
+                        EnginePrecondition(bits) + R"(" />)");
         }
         Line(2, "</globalModules>");
-        Line(0, "");
-        Handlers();
         Line(0, "");
         Compression();
         Line(0, "");
@@ -380,12 +440,14 @@ class ApplicationHostWriter {
                   "    </customHeaders>", "    <redirectHeaders>", "        <clear />",
                   "    </redirectHeaders>", "</httpProtocol>"});
         Line(0, "");
-        Lines(2, {"<httpRedirect />", "", "<httpTracing />", "", "<isapiFilters />", ""});
-        Line(2, "<modules>");
-        for (const auto& module : kModules) {
-            Line(3, R"(<add name=")" + std::string(module.first) + R"(" lockItem="true" />)");
+        Lines(2, {"<httpRedirect />", "", "<httpTracing />", ""});
+        Line(2, "<isapiFilters>");
+        for (const int bits : {64, 32}) {
+            Line(3, R"(<filter name=")" + FilterName(bits) + R"(" path=")" + FrameworkFolder(bits) +
+                        R"(aspnet_filter.dll" enableCache="true" preCondition=")" +
+                        RuntimePrecondition(bits) + R"(" />)");
         }
-        Line(2, "</modules>");
+        Line(2, "</isapiFilters>");
         Line(0, "");
         Line(2, "<odbcLogging />");
         Line(0, "");
@@ -407,19 +469,107 @@ class ApplicationHostWriter {
         Line(1, "</system.webServer>");
     }
 
+    std::string EngineName(int bits) const {
+        if (From(Release::iis85)) {
+            return std::string(Asp().engine) + (bits == 64 ? "_64bit" : "_32bit");
+        }
+        return std::string(Asp().engine) + (bits == 64 ? "64" : "");
+    }
+
+    std::string EnginePrecondition(int bits) const {
+        return "integratedMode,runtimeVersion" + std::string(Asp().runtime) + ",bitness" +
+               std::to_string(bits);
+    }
+
+    std::string FilterName(int bits) const {
+        if (From(Release::iis85)) {
+            return std::string(Asp().filter) + (bits == 64 ? "_64bit" : "_32bit");
+        }
+        return std::string(Asp().filter) + (bits == 64 ? "-64" : ".0");
+    }
+
+    std::string RuntimePrecondition(int bits) const {
+        return "runtimeVersion" + std::string(Asp().runtime) + ",bitness" + std::to_string(bits);
+    }
+
+    // ASP.NET's setup moves modules and handlers into a location tag for the server's own level
+    // that allows web.config files to change them.
+    void ServerLevelLocation() {
+        Line(1, R"(<location path="" overrideMode="Allow">)");
+        Line(2, "<system.webServer>");
+        Modules();
+        Handlers();
+        Line(2, "</system.webServer>");
+        Line(1, "</location>");
+    }
+
+    void Modules() {
+        Line(3, "<modules>");
+        for (const NativeModule& module : kModules) {
+            if (module.enabled) {
+                Line(4, R"(<add name=")" + std::string(module.name) + R"(" lockItem="true" />)");
+            }
+        }
+        for (const auto& [name, type] : kManagedModules) {
+            Line(4, R"(<add name=")" + std::string(name) + R"(" type=")" + std::string(type) +
+                        R"(" preCondition="managedHandler" />)");
+        }
+        if (From(Release::iis85)) {
+            Lines(
+                4,
+                {R"(<add name="UrlRoutingModule-4.0" type="System.Web.Routing.UrlRoutingModule" preCondition="managedHandler,runtimeVersionv4.0" />)",
+                 R"(<add name="ScriptModule-4.0" type="System.Web.Handlers.ScriptModule, )" +
+                     std::string(kExtensionsAssembly) +
+                     R"(" preCondition="managedHandler,runtimeVersionv4.0" />)"});
+        }
+        Line(3, "</modules>");
+    }
+
     void Handlers() {
-        Line(2, R"(<handlers accessPolicy="Read, Script">)");
+        Line(3, R"(<handlers accessPolicy="Read, Script">)");
         Lines(
-            3,
+            4,
             {
                 R"(<add name="ASPClassic" path="*.asp" verb="GET,HEAD,POST" modules="IsapiModule" scriptProcessor="%windir%\system32\inetsrv\asp.dll" resourceType="File" />)",
                 R"(<add name="SecurityCertificate" path="*.cer" verb="GET,HEAD,POST" modules="IsapiModule" scriptProcessor="%windir%\system32\inetsrv\asp.dll" resourceType="File" />)",
                 R"(<add name="ISAPI-dll" path="*.dll" verb="*" modules="IsapiModule" resourceType="File" requireAccess="Execute" allowPathInfo="true" />)",
+            });
+        AspNetHandler("PageHandlerFactory", "*.aspx", "System.Web.UI.PageHandlerFactory");
+        AspNetHandler("SimpleHandlerFactory", "*.ashx", "System.Web.UI.SimpleHandlerFactory");
+        if (From(Release::iis85)) {
+            AspNetHandler("ExtensionlessUrlHandler", "*.",
+                          "System.Web.Handlers.TransferRequestHandler");
+        }
+        Lines(
+            4,
+            {
                 R"(<add name="TRACEVerbHandler" path="*" verb="TRACE" modules="ProtocolSupportModule" requireAccess="None" />)",
                 R"(<add name="OPTIONSVerbHandler" path="*" verb="OPTIONS" modules="ProtocolSupportModule" requireAccess="None" />)",
                 R"(<add name="StaticFile" path="*" verb="*" modules="StaticFileModule,DefaultDocumentModule,DirectoryListingModule" resourceType="Either" requireAccess="Read" />)",
             });
-        Line(2, "</handlers>");
+        Line(3, "</handlers>");
+    }
+
+    // The mappings of one ASP.NET handler: through aspnet_isapi.dll for classic pools of each
+    // bitness, and by type for integrated ones.
+    void AspNetHandler(std::string_view name, std::string_view path, std::string_view type) {
+        const std::string runtime(Asp().runtime);
+        const std::string common =
+            R"(" path=")" + std::string(path) + R"(" verb="GET,HEAD,POST,DEBUG" )";
+        for (const int bits : {32, 64}) {
+            const std::string suffix = From(Release::iis85)
+                                           ? "-ISAPI-4.0_" + std::to_string(bits) + "bit"
+                                           : std::string("-ISAPI-2.0") + (bits == 64 ? "-64" : "");
+            Line(4, R"(<add name=")" + std::string(name) + suffix + common +
+                        R"(modules="IsapiModule" scriptProcessor=")" + FrameworkFolder(bits) +
+                        R"(aspnet_isapi.dll" preCondition="classicMode,)" +
+                        RuntimePrecondition(bits) + R"(" responseBufferLimit="0" />)");
+        }
+        const std::string integrated = From(Release::iis85) ? "-Integrated-4.0" : "-Integrated";
+        const std::string condition =
+            From(Release::iis85) ? "integratedMode,runtimeVersionv4.0" : "integratedMode";
+        Line(4, R"(<add name=")" + std::string(name) + integrated + common + R"(type=")" +
+                    std::string(type) + R"(" preCondition=")" + condition + R"(" />)");
     }
 
     void Compression() {
@@ -461,7 +611,19 @@ class ApplicationHostWriter {
                   "    </providers>", "</windowsAuthentication>", ""});
         Line(3, "</authentication>");
         Line(0, "");
-        Lines(3, {"<authorization />", "", "<ipSecurity />", "", "<isapiCgiRestriction />", ""});
+        Lines(3, {"<authorization />", "", "<ipSecurity />", ""});
+        Line(3, "<isapiCgiRestriction>");
+        Line(
+            4,
+            R"(<add path="%windir%\system32\inetsrv\asp.dll" allowed="true" groupId="ASP" description="Active Server Pages" />)");
+        for (const int bits : {64, 32}) {
+            const std::string group = "ASP.NET " + std::string(Asp().framework);
+            Line(4, R"(<add path=")" + FrameworkFolder(bits) +
+                        R"(aspnet_isapi.dll" allowed="true" groupId=")" + group +
+                        R"(" description=")" + group + R"(" />)");
+        }
+        Line(3, "</isapiCgiRestriction>");
+        Line(0, "");
         Lines(3,
               {"<requestFiltering>",
                R"(    <fileExtensions allowUnlisted="true" applyToWebDAV="true">)",

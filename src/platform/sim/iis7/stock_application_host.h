@@ -1,11 +1,12 @@
 #pragma once
 // The applicationHost.config a fresh IIS 7.5, 8.5 or 10 installation writes, for Machine::Create.
 //
-// The installation modelled has IIS's default role services (static content, default document,
-// directory browsing, HTTP errors, HTTP logging, request filtering, static compression) plus the
-// ones installers of web applications usually need: ASP, ISAPI extensions and filters, basic and
-// Windows authentication. It has no ASP.NET, so handlers and modules stay in system.webServer
-// instead of a <location path="" overrideMode="Allow"> as ASP.NET setup moves them.
+// The installation modelled is an application server on 64-bit Windows: IIS's default role
+// services (static content, default document, directory browsing, HTTP errors, HTTP logging,
+// request filtering, static compression) plus the ones installers of web applications usually
+// need: ASP.NET (2.0 with IIS 7.5, 4.x with 8.5 and 10), ASP, ISAPI extensions and filters, basic
+// and Windows authentication. With ASP.NET, handlers and modules live in a
+// <location path="" overrideMode="Allow"> at the end of the file, so web.config files may set them.
 
 #include <string>
 

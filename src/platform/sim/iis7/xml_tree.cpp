@@ -2,46 +2,172 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <stdexcept>
+#include <vector>
 
 namespace webrig::sim::iis7 {
 namespace {
 
+bool IsSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
 bool IsWhiteSpace(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
+    return std::all_of(text.begin(), text.end(), IsSpace);
 }
 
-bool IsLineBreak(const XmlChild& child) {
-    return !child.element && IsWhiteSpace(child.markup) &&
-           child.markup.find('\n') != std::string::npos;
+bool IsLineBreak(std::string_view markup) {
+    return IsWhiteSpace(markup) && markup.find('\n') != std::string_view::npos;
 }
 
-// The indentation of the element children of `parent`, from the first one that starts a line.
-std::string ChildIndent(const XmlElement& parent, const XmlLayout& layout) {
-    for (size_t i = 1; i < parent.children.size(); ++i) {
-        if (parent.children[i].element && IsLineBreak(parent.children[i - 1])) {
-            const std::string& markup = parent.children[i - 1].markup;
-            return markup.substr(markup.rfind('\n') + 1);
+// Where the last run of character data in `markup` starts: after the last comment, CDATA
+// section, processing instruction or declaration (text holds no "<"). `markup` is as the reader
+// accepted it, so every one of these is complete.
+size_t LastTextRunStart(std::string_view markup) {
+    size_t run = 0;
+    for (size_t at = markup.find('<'); at != std::string_view::npos; at = markup.find('<', run)) {
+        const std::string_view rest = markup.substr(at);
+        size_t end = std::string_view::npos;
+        if (rest.starts_with("<!--")) {
+            end = markup.find("-->", at + 4) + 3;
+        } else if (rest.starts_with("<![CDATA[")) {
+            end = markup.find("]]>", at + 9) + 3;
+        } else if (rest.starts_with("<?")) {
+            end = markup.find("?>", at + 2) + 2;
+        } else {
+            end = markup.find('>', at) + 1;
+        }
+        run = std::min(end, markup.size());
+    }
+    return run;
+}
+
+// The white space before an element that puts it on its own line, in `markup` before it.
+bool EndsWithLineBreak(std::string_view markup) {
+    return IsLineBreak(markup.substr(LastTextRunStart(markup)));
+}
+
+// An element made by a change. It owns the strings its changes brought, and keeps alive the
+// store its other views (and its children, when they lie in a store) point into.
+struct ChangedElement final : XmlElement {
+    std::shared_ptr<const XmlStore> keep;
+    std::vector<std::shared_ptr<const std::string>> strings;
+    XmlText indent;
+    bool hasIndent = false;
+    XmlText trailing;
+    bool hasTrailing = false;
+
+    void SetTrailing(std::string_view text) {
+        trailing = Own(text);
+        hasTrailing = true;
+    }
+
+    XmlText Own(std::string_view text) {
+        if (text.empty()) {
+            return {};
+        }
+        auto owned = std::make_shared<const std::string>(text);
+        strings.push_back(owned);
+        return XmlText(*owned);
+    }
+};
+
+ChangedElement& Changing(XmlElement& element) {
+    if (!element.changed) {
+        throw std::logic_error("an element that a document holds cannot change");
+    }
+    return static_cast<ChangedElement&>(element);
+}
+
+std::shared_ptr<ChangedElement> CopyOf(const XmlElement& element) {
+    auto copy = std::make_shared<ChangedElement>();
+    static_cast<XmlElement&>(*copy) = element;
+    copy->changed = true;
+    copy->asWritten = false;
+    if (element.changed) {
+        const auto& from = static_cast<const ChangedElement&>(element);
+        copy->keep = from.keep;
+        copy->strings = from.strings;
+        copy->indent = from.indent;
+        copy->hasIndent = from.hasIndent;
+        copy->trailing = from.trailing;
+        copy->hasTrailing = from.hasTrailing;
+    } else {
+        copy->keep = XmlStore::Holding(element);
+        if (!copy->keep) {
+            throw std::logic_error("an element of a store nobody holds cannot be copied");
         }
     }
-    return parent.indent + layout.indentUnit;
+    return copy;
+}
+
+// The start tag's white space before ">" or "/>" as the file has it.
+std::string_view WrittenTagTail(const XmlElement& element) {
+    const char* at = element.source + 1 + element.name.size();
+    while (true) {
+        const char* space = at;
+        while (IsSpace(*at)) {
+            ++at;
+        }
+        if (*at == '>' || *at == '/') {
+            return {space, static_cast<size_t>(at - space)};
+        }
+        // An attribute: its name, "=", white space and a quoted value without its quote inside.
+        while (*at != '=') {
+            ++at;
+        }
+        ++at;
+        while (IsSpace(*at)) {
+            ++at;
+        }
+        const char quote = *at++;
+        while (*at != quote) {
+            ++at;
+        }
+        ++at;
+    }
+}
+
+bool WrittenSelfClosing(const XmlElement& element) {
+    return element.sourceLength >= 2 && element.source[element.sourceLength - 2] == '/';
+}
+
+// The end tag as the file has it (an end tag holds no "<").
+std::string_view WrittenEndTag(const XmlElement& element) {
+    const std::string_view written = element.Written();
+    return written.substr(written.rfind('<'));
+}
+
+// The indentation of the children of `parent`, from the first one that starts a line.
+std::string ChildIndent(const XmlElement& parent, const XmlLayout& layout) {
+    for (const XmlChild& child : parent.children) {
+        if (EndsWithLineBreak(child.markup)) {
+            return std::string(child.markup.substr(child.markup.rfind('\n') + 1));
+        }
+    }
+    return std::string(parent.Indent()) + layout.indentUnit;
 }
 
 // Children of new elements were laid out before the element found its place; line them up
 // under its indentation now.
-void Reindent(XmlElement& element, const std::string& indent, const XmlLayout& layout) {
-    element.indent = indent;
-    for (size_t i = 0; i < element.children.size(); ++i) {
-        XmlChild& child = element.children[i];
-        if (child.element) {
-            auto& nested = const_cast<XmlElement&>(*child.element);
-            if (nested.endTag.empty()) {
-                Reindent(nested, indent + layout.indentUnit, layout);
-            }
-        } else if (IsLineBreak(child)) {
-            const bool beforeEnd = i + 1 == element.children.size();
-            child.markup = layout.newline + (beforeEnd ? indent : indent + layout.indentUnit);
+void Reindent(ChangedElement& element, const std::string& indent, const XmlLayout& layout) {
+    element.indent = element.Own(indent);
+    element.hasIndent = true;
+    for (XmlChild& child : element.children) {
+        // New elements and copies (CloneAsNew) are laid out afresh; nothing else holds them.
+        if (child.element->changed) {
+            Reindent(Changing(const_cast<XmlElement&>(*child.element)), indent + layout.indentUnit,
+                     layout);
         }
+        if (IsLineBreak(child.markup)) {
+            child.markup = element.Own(layout.newline + indent + layout.indentUnit);
+        }
+    }
+    if (IsLineBreak(element.Trailing())) {
+        element.SetTrailing(layout.newline + indent);
     }
 }
 
@@ -49,41 +175,223 @@ void AppendStartTag(const XmlElement& element, std::string& out) {
     out += '<';
     out += element.name;
     for (const XmlAttribute& attribute : element.attributes) {
-        if (!attribute.written.empty()) {
-            out += attribute.written;
+        if (attribute.asWritten) {
+            out += attribute.Written();
             continue;
         }
-        if (attribute.lead.empty()) {
+        const std::string_view lead = attribute.Lead();
+        if (lead.empty()) {
             out += ' ';
         } else {
-            out += attribute.lead;
+            out += lead;
         }
-        out += attribute.name;
+        out += attribute.Name();
         out += '=';
         out += attribute.quote;
         AppendEscapedAttribute(attribute.value, attribute.quote, out);
         out += attribute.quote;
     }
+    std::string_view tail = element.source ? WrittenTagTail(element) : " ";
+    if (element.trimTagTail) {
+        while (!tail.empty() && (tail.back() == ' ' || tail.back() == '\t')) {
+            tail.remove_suffix(1);
+        }
+    }
+    out += tail;
 }
 
 }  // namespace
 
-uint64_t NewXmlElementId() {
-    static std::atomic<uint64_t> next{1};
-    return next.fetch_add(1, std::memory_order_relaxed);
+std::string operator+(std::string left, XmlText right) {
+    left.append(right);
+    return left;
 }
 
-std::shared_ptr<XmlElement> NewXmlElement(std::string name) {
-    auto element = std::make_shared<XmlElement>();
+std::string operator+(const char* left, XmlText right) {
+    std::string out(left);
+    out.append(right);
+    return out;
+}
+
+std::string operator+(XmlText left, std::string_view right) {
+    std::string out(left);
+    out.append(right);
+    return out;
+}
+
+std::string operator+(XmlText left, const char* right) {
+    return left + std::string_view(right);
+}
+
+std::string_view XmlAttribute::Lead() const {
+    if (!inText) {
+        return {};
+    }
+    // The character before the white space is the element's name or a quote.
+    const char* start = m_name;
+    while (IsSpace(start[-1])) {
+        --start;
+    }
+    return {start, static_cast<size_t>(m_name - start)};
+}
+
+std::string_view XmlAttribute::Written() const {
+    if (!asWritten) {
+        return {};
+    }
+    const std::string_view lead = Lead();
+    const char* at = m_name + m_nameLength;
+    while (*at != quote) {
+        ++at;
+    }
+    ++at;
+    while (*at != quote) {
+        ++at;
+    }
+    ++at;
+    return {lead.data(), static_cast<size_t>(at - lead.data())};
+}
+
+namespace {
+
+// The blocks of the stores whose elements a change may copy: where each starts, where it ends
+// and whose it is.
+struct StoreRegistry {
+    struct Entry {
+        const char* end;
+        std::weak_ptr<const XmlStore> store;
+    };
+    std::mutex mutex;
+    std::map<const char*, Entry, std::greater<>> blocks;
+};
+
+StoreRegistry& Registry() {
+    // Never destroyed: stores held by static caches go after every static object.
+    static auto* registry = new StoreRegistry;
+    return *registry;
+}
+
+}  // namespace
+
+std::shared_ptr<const XmlStore> XmlStore::Holding(const XmlElement& element) {
+    const auto* at = reinterpret_cast<const char*>(&element);
+    StoreRegistry& registry = Registry();
+    std::lock_guard lock(registry.mutex);
+    // The block that starts last at or before the element.
+    const auto found = registry.blocks.lower_bound(at);
+    if (found == registry.blocks.end() || at >= found->second.end) {
+        return nullptr;
+    }
+    return found->second.store.lock();
+}
+
+struct XmlStore::Block {
+    Block* next;
+    const char* end;
+};
+
+XmlStore::XmlStore(std::shared_ptr<const std::string> text) : m_text(std::move(text)) {
+    // Blocks grow with the file, up to a size whose unused end costs little.
+    m_blockSize = std::clamp<size_t>(m_text->size() / 8, 4096, 256 * 1024);
+}
+
+XmlStore::~XmlStore() {
+    if (m_blocks) {
+        StoreRegistry& registry = Registry();
+        std::lock_guard lock(registry.mutex);
+        for (const Block* block = m_blocks; block; block = block->next) {
+            registry.blocks.erase(reinterpret_cast<const char*>(block));
+        }
+    }
+    while (m_blocks) {
+        Block* next = m_blocks->next;
+        ::operator delete(m_blocks);
+        m_blocks = next;
+    }
+}
+
+void* XmlStore::AllocateBytes(size_t size, size_t alignment) {
+    auto* at = reinterpret_cast<char*>((reinterpret_cast<uintptr_t>(m_next) + alignment - 1) &
+                                       ~(uintptr_t{alignment} - 1));
+    if (m_next && at + size <= m_end) {
+        m_next = at + size;
+        return at;
+    }
+    const size_t header =
+        (sizeof(Block) + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1);
+    const size_t room = std::max(m_blockSize, size);
+    auto* block = static_cast<Block*>(::operator new(header + room));
+    block->next = m_blocks;
+    block->end = reinterpret_cast<char*>(block) + header + room;
+    m_blocks = block;
+    {
+        // Changes copy elements of the store only while someone holds it in a shared_ptr.
+        StoreRegistry& registry = Registry();
+        std::lock_guard lock(registry.mutex);
+        registry.blocks[reinterpret_cast<const char*>(block)] = {block->end, weak_from_this()};
+    }
+    char* data = reinterpret_cast<char*>(block) + header;
+    if (room == size && m_next) {
+        // A large list gets a block of its own; the current block stays in use.
+        return data;
+    }
+    m_next = data + size;
+    m_end = data + room;
+    m_blockSize = std::min<size_t>(m_blockSize * 2, 256 * 1024);
+    return data;
+}
+
+uint64_t NewXmlElementIds(uint64_t count) {
+    static std::atomic<uint64_t> next{1};
+    return next.fetch_add(count, std::memory_order_relaxed);
+}
+
+uint64_t NewXmlElementId() {
+    return NewXmlElementIds(1);
+}
+
+std::shared_ptr<XmlElement> NewXmlElement(std::string_view name) {
+    auto element = std::make_shared<ChangedElement>();
     element->id = NewXmlElementId();
-    element->name = std::move(name);
-    element->tagTail = " ";
+    element->changed = true;
+    element->name = element->Own(name);
     return element;
+}
+
+XmlText XmlElement::Trailing() const {
+    if (changed) {
+        const auto& self = static_cast<const ChangedElement&>(*this);
+        if (self.hasTrailing) {
+            return self.trailing;
+        }
+    }
+    return source ? XmlText(source + trailingOffset, trailingLength) : XmlText();
+}
+
+std::string_view XmlElement::Indent() const {
+    if (changed) {
+        const auto& self = static_cast<const ChangedElement&>(*this);
+        if (self.hasIndent) {
+            return self.indent;
+        }
+    }
+    if (!source || topLevel) {
+        return {};
+    }
+    // The white space between the line break before the element and the element.
+    const char* start = source;
+    while (start[-1] == ' ' || start[-1] == '\t') {
+        --start;
+    }
+    if (start[-1] != '\n') {
+        return {};
+    }
+    return {start, static_cast<size_t>(source - start)};
 }
 
 const XmlAttribute* XmlElement::FindAttribute(std::string_view attribute) const {
     for (const XmlAttribute& candidate : attributes) {
-        if (candidate.name == attribute) {
+        if (candidate.Name() == attribute) {
             return &candidate;
         }
     }
@@ -91,107 +399,101 @@ const XmlAttribute* XmlElement::FindAttribute(std::string_view attribute) const 
 }
 
 void XmlElement::SetAttribute(std::string_view attribute, std::string_view value) {
-    written = {};
+    ChangedElement& self = Changing(*this);
+    asWritten = false;
     for (XmlAttribute& candidate : attributes) {
-        if (candidate.name == attribute) {
+        if (candidate.Name() == attribute) {
             if (candidate.value != value) {
-                candidate.value = std::string(value);
-                candidate.written = {};
+                candidate.value = self.Own(value);
+                candidate.asWritten = false;
             }
             return;
         }
     }
     XmlAttribute added;
-    added.name = std::string(attribute);
-    added.value = std::string(value);
-    attributes.push_back(std::move(added));
+    added.SetName(self.Own(attribute));
+    added.value = self.Own(value);
+    attributes.push_back(added);
 }
 
 bool XmlElement::RemoveAttribute(std::string_view attribute) {
-    const auto found = std::find_if(attributes.begin(), attributes.end(),
-                                    [&](const XmlAttribute& a) { return a.name == attribute; });
-    if (found == attributes.end()) {
-        return false;
+    for (size_t i = 0; i < attributes.size(); ++i) {
+        if (std::as_const(attributes)[i].Name() == attribute) {
+            attributes.erase(i, i + 1);
+            asWritten = false;
+            return true;
+        }
     }
-    attributes.erase(found);
-    written = {};
-    return true;
-}
-
-size_t XmlElement::ElementCount() const {
-    return static_cast<size_t>(std::count_if(
-        children.begin(), children.end(), [](const XmlChild& c) { return c.element != nullptr; }));
+    return false;
 }
 
 XmlElement& MakeMutable(XmlElementPtr& slot) {
-    if (slot.use_count() != 1) {
-        slot = std::make_shared<XmlElement>(*slot);
+    if (!slot->changed || slot.use_count() != 1) {
+        slot = CopyOf(*slot);
     }
     auto& element = const_cast<XmlElement&>(*slot);
-    element.written = {};
+    element.asWritten = false;
+    element.checked.schema.store(0, std::memory_order_relaxed);
     return element;
 }
 
 std::shared_ptr<XmlElement> CloneAsNew(const XmlElement& element) {
-    auto copy = std::make_shared<XmlElement>(element);
+    std::shared_ptr<ChangedElement> copy = CopyOf(element);
     copy->id = NewXmlElementId();
-    copy->written = {};
     for (XmlChild& child : copy->children) {
-        if (child.element) {
-            child.element = CloneAsNew(*child.element);
-        }
+        child.element = CloneAsNew(*child.element);
     }
     return copy;
 }
 
 void InsertChildElement(XmlElement& parent, size_t before, XmlElementPtr child,
                         const XmlLayout& layout) {
-    parent.written = {};
-    const std::string indent = ChildIndent(parent, layout);
-    Reindent(const_cast<XmlElement&>(*child), indent, layout);
-    XmlChild lineBreak{nullptr, layout.newline + indent};
-    XmlChild added{std::move(child), {}};
-    if (parent.ElementCount() == 0) {
+    ChangedElement& self = Changing(parent);
+    self.asWritten = false;
+    const std::string indent = ChildIndent(self, layout);
+    Reindent(Changing(const_cast<XmlElement&>(*child)), indent, layout);
+    const XmlText lineBreak = self.Own(layout.newline + indent);
+    if (self.children.empty()) {
         // Only white space (or nothing) inside: the element now spans lines.
-        if (std::all_of(parent.children.begin(), parent.children.end(),
-                        [](const XmlChild& c) { return IsWhiteSpace(c.markup); })) {
-            parent.children.clear();
+        if (IsWhiteSpace(self.Trailing())) {
+            self.SetTrailing(layout.newline + std::string(self.Indent()));
         }
-        parent.children.insert(parent.children.begin(), {lineBreak, added});
-        if (parent.children.size() == 2) {
-            parent.children.push_back({nullptr, layout.newline + parent.indent});
-        }
-        if (parent.selfClosing) {
+        self.children.push_back(XmlChild{std::move(child), lineBreak});
+        if (self.selfClosing) {
             // "<name ... />" becomes "<name ...>": the space before "/>" goes.
-            while (!parent.tagTail.empty() &&
-                   (parent.tagTail.back() == ' ' || parent.tagTail.back() == '\t')) {
-                parent.tagTail.remove_suffix(1);
-            }
-            parent.selfClosing = false;
+            self.trimTagTail = true;
+            self.selfClosing = false;
         }
         return;
     }
-    if (before == std::string::npos) {
-        size_t last = parent.children.size();
-        while (last > 0 && !parent.children[last - 1].element) {
-            --last;
-        }
-        parent.children.insert(parent.children.begin() + static_cast<std::ptrdiff_t>(last),
-                               {lineBreak, added});
+    if (before == std::string::npos || before >= self.children.size()) {
+        self.children.push_back(XmlChild{std::move(child), lineBreak});
         return;
     }
-    parent.children.insert(parent.children.begin() + static_cast<std::ptrdiff_t>(before),
-                           {added, lineBreak});
+    // The new element takes the place of the one it goes before, which moves to a new line.
+    const XmlText markup = std::as_const(self.children)[before].markup;
+    self.children[before].markup = lineBreak;
+    self.children.insert(before, XmlChild{std::move(child), markup});
 }
 
 void RemoveChildElement(XmlElement& parent, size_t index) {
-    parent.written = {};
-    size_t first = index;
-    if (index > 0 && IsLineBreak(parent.children[index - 1])) {
-        first = index - 1;
+    ChangedElement& self = Changing(parent);
+    self.asWritten = false;
+    // What stood before the element stays, except the line break that led to it.
+    std::string_view kept = std::as_const(self.children)[index].markup;
+    if (EndsWithLineBreak(kept)) {
+        kept = kept.substr(0, LastTextRunStart(kept));
     }
-    parent.children.erase(parent.children.begin() + static_cast<std::ptrdiff_t>(first),
-                          parent.children.begin() + static_cast<std::ptrdiff_t>(index) + 1);
+    self.children.erase(index, index + 1);
+    if (kept.empty()) {
+        return;
+    }
+    if (index < self.children.size()) {
+        XmlText& next = self.children[index].markup;
+        next = self.Own(std::string(kept) + std::string(next));
+    } else {
+        self.SetTrailing(std::string(kept) + std::string(self.Trailing()));
+    }
 }
 
 const XmlElement* XmlDocument::DocumentElement() const {
@@ -200,15 +502,7 @@ const XmlElement* XmlDocument::DocumentElement() const {
 }
 
 size_t XmlDocument::DocumentElementIndex() const {
-    if (!root) {
-        return std::string::npos;
-    }
-    for (size_t i = 0; i < root->children.size(); ++i) {
-        if (root->children[i].element) {
-            return i;
-        }
-    }
-    return std::string::npos;
+    return root && !root->children.empty() ? 0 : std::string::npos;
 }
 
 void AppendEscapedAttribute(std::string_view value, char quote, std::string& out) {
@@ -246,46 +540,42 @@ void AppendEscapedAttribute(std::string_view value, char quote, std::string& out
 }
 
 void RenderXmlElement(const XmlElement& element, std::string& out) {
-    if (!element.written.empty()) {
-        out += element.written;
+    if (element.asWritten) {
+        out += element.Written();
         return;
     }
     AppendStartTag(element, out);
-    out += element.tagTail;
     if (element.selfClosing) {
         out += "/>";
         return;
     }
     out += '>';
     for (const XmlChild& child : element.children) {
-        if (child.element) {
-            RenderXmlElement(*child.element, out);
-        } else {
-            out += child.markup;
-        }
+        out += child.markup;
+        RenderXmlElement(*child.element, out);
     }
-    if (element.endTag.empty()) {
+    out += element.Trailing();
+    if (element.source && !WrittenSelfClosing(element)) {
+        out += WrittenEndTag(element);
+    } else {
         out += "</";
         out += element.name;
         out += '>';
-    } else {
-        out += element.endTag;
     }
 }
 
 std::string RenderXml(const XmlDocument& document) {
     std::string out;
-    out.reserve(document.text ? document.text->size() + 256 : 4096);
+    const XmlElement* top = document.DocumentElement();
+    out.reserve((top ? top->sourceLength : 0) + 4096);
     if (document.byteOrderMark) {
         out += "\xEF\xBB\xBF";
     }
     for (const XmlChild& child : document.root->children) {
-        if (child.element) {
-            RenderXmlElement(*child.element, out);
-        } else {
-            out += child.markup;
-        }
+        out += child.markup;
+        RenderXmlElement(*child.element, out);
     }
+    out += document.root->Trailing();
     return out;
 }
 

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <string>
 
 namespace webrig::sim {
@@ -61,14 +62,19 @@ mode_t ModeFor(const std::filesystem::path& path) {
 }  // namespace
 
 bool WriteFileAtomically(const std::filesystem::path& path, std::span<const std::byte> bytes) {
+    return WriteFileAtomicallyThrough({::fsync, ::rename}, path, bytes);
+}
+
+bool WriteFileAtomicallyThrough(const DiskCalls& calls, const std::filesystem::path& path,
+                                std::span<const std::byte> bytes) {
     const std::filesystem::path temporary = TemporaryPathFor(path);
     FileDescriptor file(
         ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, ModeFor(path)));
     if (file.get() < 0) {
         return false;
     }
-    const bool written = WriteAll(file.get(), bytes) && ::fsync(file.get()) == 0;
-    if (!file.Close() || !written || ::rename(temporary.c_str(), path.c_str()) != 0) {
+    const bool written = WriteAll(file.get(), bytes) && calls.fsync(file.get()) == 0;
+    if (!file.Close() || !written || calls.rename(temporary.c_str(), path.c_str()) != 0) {
         ::unlink(temporary.c_str());
         return false;
     }
@@ -77,7 +83,7 @@ bool WriteFileAtomically(const std::filesystem::path& path, std::span<const std:
         path.parent_path().empty() ? std::filesystem::path(".") : path.parent_path();
     FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.get() >= 0) {
-        ::fsync(directory.get());
+        calls.fsync(directory.get());
     }
     return true;
 }

@@ -6,10 +6,13 @@
 
 #include "platform/sim/files/windows_path.h"
 #include "platform/sim/iis7/config_encryption.h"
+#include "platform/sim/iis7/schema_folder.h"
 #include "platform/sim/machine/atomic_file.h"
 #include "platform/sim/machine/machine_error.h"
 #include "platform/sim/machine/machine_layout.h"
 #include "platform/sim/machine/stock_content.h"
+#include "platform/sim/programs/aspnet_regiis.h"
+#include "platform/sim/programs/netsh.h"
 
 namespace webrig::sim {
 namespace {
@@ -68,6 +71,14 @@ std::span<const std::byte> BytesOf(const std::string& text) {
     return std::as_bytes(std::span(text.data(), text.size()));
 }
 
+// webrig.dll is a 32-bit module: on a 64-bit machine its file access goes through WOW64.
+Wow64FileRedirection FileRedirectionOf(const MachineConfig& config) {
+    const bool windows7OrLater =
+        config.osVersion.major > 6 || (config.osVersion.major == 6 && config.osVersion.minor >= 1);
+    return config.Is64Bit() ? Wow64FileRedirection(config.windowsDirectory, windows7OrLater)
+                            : Wow64FileRedirection();
+}
+
 void RefuseExisting(const std::filesystem::path& path) {
     std::error_code error;
     if (std::filesystem::exists(path, error) || error) {
@@ -83,13 +94,21 @@ Machine::Machine(std::filesystem::path folder, MachineConfig config, RegFile loc
       m_config(std::move(config)),
       m_registry(std::move(localMachine), LocalMachineRegPath(m_folder), m_config.Is64Bit()),
       m_system(m_config),
-      m_files(DriveCPath(m_folder)),
+      m_files(DriveCPath(m_folder), FileRedirectionOf(m_config)),
       m_services(std::move(services), ServicesJsonPath(m_folder), m_clock),
       m_comClasses(m_config),
       m_iisConfiguration(iis7::ConfigMachine{
-          DriveCPath(m_folder), MachineLockPath(m_folder), m_config, &iis7::Schema::BuiltIn(),
+          DriveCPath(m_folder), MachineLockPath(m_folder), m_config,
+          iis7::SchemaFolderProvider(DriveCPath(m_folder), m_config.windowsDirectory),
           [this]() -> const iis7::ConfigEncryption& { return ConfigurationEncryption(); }, nullptr,
-          WriteFileAtomically}) {}
+          WriteFileAtomically}),
+      m_certificates(m_registry, m_files),
+      m_processes(m_files, m_config.windowsDirectory, ProcessJournalPath(m_folder)),
+      m_adsi(m_files, m_system.SystemDirectory(), HasIisWebServiceObject(m_config),
+             m_iisConfiguration) {
+    m_processes.AddProgram(u"netsh.exe", std::make_unique<Netsh>(m_registry, m_files));
+    m_processes.AddProgram(u"aspnet_regiis.exe", std::make_unique<AspNetRegIis>());
+}
 
 const iis7::ConfigEncryption& Machine::ConfigurationEncryption() {
     if (!m_encryption) {

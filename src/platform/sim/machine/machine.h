@@ -6,6 +6,7 @@
 //   services.json       the Windows services and how each behaves
 //   drive_c/            the C: drive
 //   keys/               the key of encrypted IIS configuration attributes (IIS 7 and later)
+//   journal/            processes.log: every process started on the machine
 //
 // A Machine is the Platform webrig runs on under Linux. Changes reach the folder as they happen;
 // a file that could not be read is never written.
@@ -14,6 +15,8 @@
 #include <memory>
 
 #include "platform/platform.h"
+#include "platform/sim/adsi/sim_adsi.h"
+#include "platform/sim/certificates/sim_certificates.h"
 #include "platform/sim/files/sim_file_system.h"
 #include "platform/sim/host_process/sim_automation.h"
 #include "platform/sim/host_process/sim_host_objects.h"
@@ -23,6 +26,7 @@
 #include "platform/sim/machine/machine_config.h"
 #include "platform/sim/machine/sim_clock.h"
 #include "platform/sim/machine/sim_system_info.h"
+#include "platform/sim/programs/sim_processes.h"
 #include "platform/sim/registry/sim_registry.h"
 #include "platform/sim/services/sim_service_control.h"
 #include "platform/sim/text/windows_1252.h"
@@ -46,6 +50,7 @@ class Machine final : public platform::Platform {
     SimModules& simModules() noexcept { return m_modules; }
     SimRegistry& simRegistry() noexcept { return m_registry; }
     SimServiceControl& simServices() noexcept { return m_services; }
+    SimFileSystem& simFiles() noexcept { return m_files; }
 
     platform::Registry& registry() override { return m_registry; }
     platform::SystemInfo& system() override { return m_system; }
@@ -58,6 +63,9 @@ class Machine final : public platform::Platform {
     platform::ServiceControl& services() override { return m_services; }
     platform::ComClasses& comClasses() override { return m_comClasses; }
     platform::IisConfiguration& iisConfiguration() override { return m_iisConfiguration; }
+    platform::Certificates& certificates() override { return m_certificates; }
+    platform::Processes& processes() override { return m_processes; }
+    platform::Adsi& adsi() override { return m_adsi; }
 
   private:
     class AdminBaseFactory final : public platform::AdminBaseClassFactory {
@@ -106,6 +114,9 @@ class Machine final : public platform::Platform {
     SimComClasses m_comClasses;
     std::unique_ptr<iis7::ConfigEncryption> m_encryption;
     iis7::SimIisConfiguration m_iisConfiguration;
+    SimCertificates m_certificates;
+    SimProcesses m_processes;
+    SimAdsi m_adsi;
 };
 
 }  // namespace webrig::sim

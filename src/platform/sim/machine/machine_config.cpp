@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 #include <vector>
 
-#include "platform/sim/machine/json_file_reader.h"
+#include "platform/sim/machine/json_file.h"
+#include "platform/sim/machine/machine_error.h"
 #include "support/case_insensitive.h"
 
 namespace webrig::sim {
@@ -46,13 +48,18 @@ constexpr KnownIisFeature kIisFeatures[] = {
 // Code pages whose table the simulated process has.
 constexpr uint32_t kSupportedCodePages[] = {1252};
 
-class ConfigReader : public JsonFileReader {
+// Reads each key of machine.json; a wrong value fails naming the key and its line.
+class ConfigReader {
   public:
-    using JsonFileReader::JsonFileReader;
+    explicit ConfigReader(const JsonFile& file) : m_file(file) {}
+
+    const std::string& ReadString(const JsonMember& member) const {
+        m_file.ExpectType(member, Json::value_t::string);
+        return member.value.get_ref<const std::string&>();
+    }
 
     platform::OsVersion ReadVersion(const JsonMember& member) const {
-        ExpectKind(member, JsonValue::Kind::string);
-        const std::string& text = member.value.AsString();
+        const std::string& text = ReadString(member);
         std::vector<uint32_t> parts;
         size_t start = 0;
         while (true) {
@@ -73,61 +80,60 @@ class ConfigReader : public JsonFileReader {
             start = dot + 1;
         }
         if (parts.size() != 2 && parts.size() != 3) {
-            Fail(member.value.line(),
-                 "\"osVersion\" must look like \"10.0.17763\" "
-                 "(major.minor or major.minor.build), not \"" +
-                     text + "\"");
+            m_file.Fail(member.at,
+                        "\"osVersion\" must look like \"10.0.17763\" "
+                        "(major.minor or major.minor.build), not \"" +
+                            text + "\"");
         }
         return {parts[0], parts[1], parts.size() == 3 ? parts[2] : 0};
     }
 
     ProcessorArchitecture ReadArchitecture(const JsonMember& member) const {
-        ExpectKind(member, JsonValue::Kind::string);
-        const qm::wstring name = qm::from_utf8(member.value.AsString());
+        const std::string& text = ReadString(member);
+        const qm::wstring name = qm::from_utf8(text);
         for (const auto& known : kArchitectures) {
             if (qm::iequals(name, qm::widen_ascii(known.name))) {
                 return known.architecture;
             }
         }
-        Fail(member.value.line(), "\"processorArchitecture\" must be x86, amd64 or arm64, not \"" +
-                                      member.value.AsString() + "\"");
+        m_file.Fail(member.at,
+                    "\"processorArchitecture\" must be x86, amd64 or arm64, not \"" + text + "\"");
     }
 
     uint32_t ReadCodePage(const JsonMember& member) const {
-        ExpectKind(member, JsonValue::Kind::number);
-        const double number = member.value.AsNumber();
-        if (!member.value.IsInteger() || number < 0 || number > 0xFFFF) {
-            Fail(member.value.line(), "\"ansiCodePage\" must be a code page number");
+        m_file.ExpectType(member, Json::value_t::number_unsigned);
+        const std::optional<uint32_t> codePage = WholeNumber(member.value, 0xFFFF);
+        if (!codePage) {
+            m_file.Fail(member.at, "\"ansiCodePage\" must be a code page number");
         }
-        const auto codePage = static_cast<uint32_t>(number);
         for (const uint32_t supported : kSupportedCodePages) {
-            if (codePage == supported) {
-                return codePage;
+            if (*codePage == supported) {
+                return *codePage;
             }
         }
-        Fail(member.value.line(), "ANSI code page " + std::to_string(codePage) +
-                                      " is not supported; the simulated machine knows only 1252");
+        m_file.Fail(member.at, "ANSI code page " + std::to_string(*codePage) +
+                                   " is not supported; the simulated machine knows only 1252");
     }
 
     qm::wstring ReadWindowsDirectory(const JsonMember& member) const {
-        ExpectKind(member, JsonValue::Kind::string);
-        qm::wstring path = qm::from_utf8(member.value.AsString());
+        const std::string& text = ReadString(member);
+        qm::wstring path = qm::from_utf8(text);
         while (path.size() > 3 && path.back() == u'\\') {
             path.pop_back();
         }
         if (!IsFolderOnDriveC(path)) {
-            Fail(member.value.line(),
-                 "\"windowsDirectory\" must be a folder on drive C, such as "
-                 "\"C:\\\\Windows\", not \"" +
-                     member.value.AsString() + "\"");
+            m_file.Fail(member.at,
+                        "\"windowsDirectory\" must be a folder on drive C, such as "
+                        "\"C:\\\\Windows\", not \"" +
+                            text + "\"");
         }
         return path;
     }
 
     IisVersion ReadIisVersion(const JsonMember& member) const {
-        ExpectKind(member, JsonValue::Kind::string);
+        const std::string& text = ReadString(member);
         for (const auto& known : kIisVersions) {
-            if (member.value.AsString() == known.name) {
+            if (text == known.name) {
                 return known.version;
             }
         }
@@ -136,22 +142,21 @@ class ConfigReader : public JsonFileReader {
             names += names.empty() ? "" : ", ";
             names += known.name;
         }
-        Fail(member.value.line(), "\"iisVersion\" must be one of " + names + ", not \"" +
-                                      member.value.AsString() + "\"");
+        m_file.Fail(member.at, "\"iisVersion\" must be one of " + names + ", not \"" + text + "\"");
     }
 
     std::vector<IisFeature> ReadIisFeatures(const JsonMember& member) const {
-        ExpectKind(member, JsonValue::Kind::array);
+        m_file.ExpectType(member, Json::value_t::array);
         std::vector<IisFeature> features;
-        for (const JsonValue& item : member.value.AsArray()) {
+        for (const Json& item : member.value) {
             const KnownIisFeature* found = nullptr;
             for (const auto& known : kIisFeatures) {
-                if (item.kind() == JsonValue::Kind::string && item.AsString() == known.name) {
+                if (item.is_string() && item.get_ref<const std::string&>() == known.name) {
                     found = &known;
                 }
             }
             if (found == nullptr) {
-                Fail(item.line(), "\"iisFeatures\" may hold only \"metabaseCompatibility\"");
+                m_file.Fail(member.at, "\"iisFeatures\" may hold only \"metabaseCompatibility\"");
             }
             if (std::find(features.begin(), features.end(), found->feature) == features.end()) {
                 features.push_back(found->feature);
@@ -179,6 +184,8 @@ class ConfigReader : public JsonFileReader {
         }
         return true;
     }
+
+    const JsonFile& m_file;
 };
 
 std::string ArchitectureName(ProcessorArchitecture architecture) {
@@ -208,21 +215,13 @@ bool MachineConfig::HasMetabase() const noexcept {
 }
 
 MachineConfig ParseMachineConfig(std::string_view json, const std::filesystem::path& file) {
-    JsonValue document;
-    try {
-        document = ParseJson(json);
-    } catch (const JsonError& error) {
-        throw MachineError(file, error.line(), error.what());
-    }
-    const ConfigReader reader(file);
-    if (document.kind() != JsonValue::Kind::object) {
-        reader.Fail(document.line(), "machine.json must hold an object");
-    }
+    const JsonFile document(json, file);
+    const ConfigReader reader(document);
     MachineConfig config;
     bool hasVersion = false;
     bool hasArchitecture = false;
     bool hasCodePage = false;
-    for (const JsonMember& member : document.AsObject()) {
+    for (const JsonMember& member : document.Members(Json::json_pointer(), "machine.json")) {
         if (member.key == "osVersion") {
             config.osVersion = reader.ReadVersion(member);
             hasVersion = true;
@@ -239,12 +238,12 @@ MachineConfig ParseMachineConfig(std::string_view json, const std::filesystem::p
         } else if (member.key == "iisFeatures") {
             config.iisFeatures = reader.ReadIisFeatures(member);
         } else {
-            reader.Fail(member.line, "unknown key \"" + member.key + "\"");
+            document.Fail(member.at, "unknown key " + member.name);
         }
     }
     const auto requireKey = [&](bool present, const char* key) {
         if (!present) {
-            reader.Fail(document.line(), std::string("the key \"") + key + "\" is missing");
+            document.Fail(Json::json_pointer(), std::string("the key \"") + key + "\" is missing");
         }
     };
     requireKey(hasVersion, "osVersion");
@@ -255,30 +254,25 @@ MachineConfig ParseMachineConfig(std::string_view json, const std::filesystem::p
 
 std::string FormatMachineConfig(const MachineConfig& config) {
     const auto& version = config.osVersion;
-    std::vector<JsonMember> members;
-    members.push_back(
-        {"osVersion", 0,
-         JsonValue::String(std::to_string(version.major) + "." + std::to_string(version.minor) +
-                           "." + std::to_string(version.build))});
-    members.push_back(
-        {"processorArchitecture", 0, JsonValue::String(ArchitectureName(config.architecture))});
-    members.push_back({"ansiCodePage", 0, JsonValue::Number(config.ansiCodePage)});
-    members.push_back(
-        {"windowsDirectory", 0, JsonValue::String(qm::to_utf8(config.windowsDirectory))});
+    Json document = Json::object();
+    document["osVersion"] = std::to_string(version.major) + "." + std::to_string(version.minor) +
+                            "." + std::to_string(version.build);
+    document["processorArchitecture"] = ArchitectureName(config.architecture);
+    document["ansiCodePage"] = config.ansiCodePage;
+    document["windowsDirectory"] = qm::to_utf8(config.windowsDirectory);
     for (const auto& known : kIisVersions) {
         if (known.version == config.iisVersion) {
-            members.push_back({"iisVersion", 0, JsonValue::String(std::string(known.name))});
+            document["iisVersion"] = known.name;
         }
     }
-    std::vector<JsonValue> features;
+    Json& features = document["iisFeatures"] = Json::array();
     for (const auto& known : kIisFeatures) {
         if (std::find(config.iisFeatures.begin(), config.iisFeatures.end(), known.feature) !=
             config.iisFeatures.end()) {
-            features.push_back(JsonValue::String(std::string(known.name)));
+            features.push_back(known.name);
         }
     }
-    members.push_back({"iisFeatures", 0, JsonValue::Array(std::move(features))});
-    return WriteJson(JsonValue::Object(std::move(members)));
+    return FormatJson(document);
 }
 
 }  // namespace webrig::sim

@@ -36,4 +36,9 @@ inline std::filesystem::path ConfigKeyPath(const std::filesystem::path& folder) 
     return folder / "keys" / "iisConfigKey.bin";
 }
 
+// Every process started on the machine, one line each (programs/process_journal.h).
+inline std::filesystem::path ProcessJournalPath(const std::filesystem::path& folder) {
+    return folder / "journal" / "processes.log";
+}
+
 }  // namespace webrig::sim

@@ -15,6 +15,10 @@ namespace webrig::sim {
 // its encrypted attributes); older releases have the metabase.
 bool HasIisConfigurationSystem(const MachineConfig& config);
 
+// ADSI's IIS web service object over applicationHost.config: IIS 7+ with the metabase
+// compatibility feature. (IIS 6 has it over the metabase, which is not simulated yet.)
+bool HasIisWebServiceObject(const MachineConfig& config);
+
 // The keys of HKEY_LOCAL_MACHINE every installation has.
 void AddStockRegistry(RegistryKey& localMachine, const MachineConfig& config);
 
@@ -30,8 +34,10 @@ struct StockFile {
     std::string content;
 };
 
-// The files every installation has (IIS 7+: applicationHost.config and the welcome page); their
-// folders are among StockFolders.
+// The files every installation has: netsh.exe and activeds.dll in the system folders (System32,
+// and SysWOW64 on 64-bit Windows), aspnet_regiis.exe in each .NET Framework folder (Framework,
+// and Framework64 on 64-bit Windows, for v2.0.50727 and v4.0.30319), and with IIS 7+
+// applicationHost.config, the welcome page and the configuration schema files. Their folders are among StockFolders.
 std::vector<StockFile> StockFiles(const MachineConfig& config);
 
 }  // namespace webrig::sim

@@ -98,6 +98,78 @@ class UnavailableIisConfiguration final : public platform::IisConfiguration {
     }
 };
 
+template <typename Result>
+Result NotReady(Result result) {
+    qm::set_last_error(not_ready);
+    return result;
+}
+
+class UnavailableCertificates final : public platform::Certificates {
+  public:
+    bool QueryFileObject(qm::wstring_view, platform::CertQueryResult& result) override {
+        result = {};
+        return NotReady(false);
+    }
+    platform::CertStore ImportPfx(std::span<const std::byte>, qm::wstring_view, uint32_t) override {
+        return NotReady(platform::kNoCertStore);
+    }
+    platform::CertStore OpenLocalMachineStore(qm::wstring_view, uint32_t, uint32_t) override {
+        return NotReady(platform::kNoCertStore);
+    }
+    platform::CertContext EnumCertificates(platform::CertStore, platform::CertContext) override {
+        return NotReady(platform::kNoCertContext);
+    }
+    bool AddEncodedCertificate(platform::CertStore, uint32_t, std::span<const std::byte>, uint32_t,
+                               platform::CertContext* added) override {
+        return Refuse(added);
+    }
+    bool AddCertificateContext(platform::CertStore, platform::CertContext, uint32_t,
+                               platform::CertContext* added) override {
+        return Refuse(added);
+    }
+    bool GetContextProperty(platform::CertContext, uint32_t, std::byte*, uint32_t&) override {
+        return NotReady(false);
+    }
+    bool ContextEncoded(platform::CertContext, uint32_t&, std::vector<std::byte>&) override {
+        return NotReady(false);
+    }
+    bool FreeContext(platform::CertContext context) override {
+        return context == platform::kNoCertContext || NotReady(false);
+    }
+    bool CloseStore(platform::CertStore store, uint32_t) override {
+        return store == platform::kNoCertStore || NotReady(false);
+    }
+
+  private:
+    static bool Refuse(platform::CertContext* added) {
+        if (added != nullptr) {
+            *added = platform::kNoCertContext;
+        }
+        return NotReady(false);
+    }
+};
+
+class UnavailableProcesses final : public platform::Processes {
+  public:
+    bool Start(qm::wstring_view, platform::ProcessInformation& info) override {
+        info = {};
+        return NotReady(false);
+    }
+    uint32_t Wait(platform::ProcessHandle, uint32_t) override {
+        return NotReady(platform::kWaitFailed);
+    }
+    bool GetExitCode(platform::ProcessHandle, uint32_t&) override { return NotReady(false); }
+    bool Close(platform::ProcessHandle) override { return NotReady(false); }
+};
+
+class UnavailableAdsi final : public platform::Adsi {
+  public:
+    uint32_t LoadActiveDs(qm::wstring_view, std::unique_ptr<platform::ActiveDs>& library) override {
+        library.reset();
+        return not_ready;
+    }
+};
+
 }  // namespace
 
 UnavailableMachine::UnavailableMachine(qm::wstring reason)
@@ -107,7 +179,10 @@ UnavailableMachine::UnavailableMachine(qm::wstring reason)
       m_files(std::make_unique<UnavailableFileSystem>()),
       m_services(std::make_unique<UnavailableServiceControl>()),
       m_comClasses(std::make_unique<UnavailableComClasses>()),
-      m_iisConfiguration(std::make_unique<UnavailableIisConfiguration>()) {}
+      m_iisConfiguration(std::make_unique<UnavailableIisConfiguration>()),
+      m_certificates(std::make_unique<UnavailableCertificates>()),
+      m_processes(std::make_unique<UnavailableProcesses>()),
+      m_adsi(std::make_unique<UnavailableAdsi>()) {}
 
 UnavailableMachine::~UnavailableMachine() = default;
 

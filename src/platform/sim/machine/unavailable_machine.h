@@ -2,7 +2,8 @@
 // The platform of a process whose simulated machine could not be opened. Everything that
 // belongs to the machine (registry, files, system information) fails with ERROR_NOT_READY, like
 // a drive that is not there; what belongs to the process itself (clock, code page, modules,
-// BSTRs, host objects) still works. The service control manager fails the same way.
+// BSTRs, host objects) still works. The service control manager, certificate stores, processes
+// and ADSI fail the same way.
 
 #include <memory>
 
@@ -35,6 +36,9 @@ class UnavailableMachine final : public platform::Platform {
     platform::ServiceControl& services() override { return *m_services; }
     platform::ComClasses& comClasses() override { return *m_comClasses; }
     platform::IisConfiguration& iisConfiguration() override { return *m_iisConfiguration; }
+    platform::Certificates& certificates() override { return *m_certificates; }
+    platform::Processes& processes() override { return *m_processes; }
+    platform::Adsi& adsi() override { return *m_adsi; }
 
   private:
     qm::wstring m_reason;
@@ -44,6 +48,9 @@ class UnavailableMachine final : public platform::Platform {
     std::unique_ptr<platform::ServiceControl> m_services;
     std::unique_ptr<platform::ComClasses> m_comClasses;
     std::unique_ptr<platform::IisConfiguration> m_iisConfiguration;
+    std::unique_ptr<platform::Certificates> m_certificates;
+    std::unique_ptr<platform::Processes> m_processes;
+    std::unique_ptr<platform::Adsi> m_adsi;
     SimClock m_clock;
     Windows1252 m_codePage;
     SimModules m_modules;

@@ -1,5 +1,6 @@
 #include "platform/sim/registry/sim_registry.h"
 
+#include "platform/sim/registry/wow64_shared_keys.h"
 #include "support/case_insensitive.h"
 
 namespace webrig::sim {
@@ -118,7 +119,8 @@ uint32_t SimRegistry::Resolve(const Handle& parent, qm::wstring_view subKey, uin
     }
     const bool redirected = m_redirect && (access & key_access::wow64_64key) == 0 &&
                             !path.empty() && qm::iequals(path[0], kSoftware) &&
-                            !(path.size() > 1 && qm::iequals(path[1], kWow64Node));
+                            !(path.size() > 1 && qm::iequals(path[1], kWow64Node)) &&
+                            !IsSharedUnderWow64(path);
     if (redirected) {
         path.insert(path.begin() + 1, qm::wstring(kWow64Node));
     }

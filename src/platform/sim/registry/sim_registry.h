@@ -2,11 +2,10 @@
 // platform::Registry over the simulated HKEY_LOCAL_MACHINE, with the results the RegXxx
 // functions give, as a 32-bit process sees the registry.
 //
-// WOW64: on a 64-bit machine every path under HKLM\SOFTWARE is redirected to
-// HKLM\SOFTWARE\WOW6432Node unless the call asks for KEY_WOW64_64KEY. As on Windows, the view is
-// chosen by each call's access mask, not remembered by the handle it is relative to. The keys
-// that Windows shares between the two views (parts of SOFTWARE\Classes and a few others) are
-// not modelled: all of SOFTWARE is redirected.
+// WOW64: on a 64-bit machine a path under HKLM\SOFTWARE is redirected to
+// HKLM\SOFTWARE\WOW6432Node unless the call asks for KEY_WOW64_64KEY or the key is one that
+// Windows shares between the two views (wow64_shared_keys.h). As on Windows, the view is chosen
+// by each call's access mask, not remembered by the handle it is relative to.
 //
 // Every change is written to the file before the call returns. When writing fails the change
 // is undone, the call returns win32::write_fault, and memory still matches the file.

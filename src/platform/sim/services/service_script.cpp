@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platform/sim/machine/json_file_reader.h"
+#include "platform/sim/machine/json_file.h"
 
 namespace webrig::sim {
 namespace {
@@ -30,47 +30,38 @@ constexpr StartTypeName kStartTypes[] = {
 
 constexpr uint32_t kMaxWaitHintMs = 86'400'000;
 
-class ServicesReader : public JsonFileReader {
+class ServicesReader {
   public:
-    using JsonFileReader::JsonFileReader;
-
-    uint32_t ReadCount(const JsonMember& member, uint32_t maximum = 0xFFFFFFFFu) const {
-        ExpectKind(member, JsonValue::Kind::number);
-        const double number = member.value.AsNumber();
-        if (!member.value.IsInteger() || number < 0 || number > maximum) {
-            Fail(member.value.line(), "\"" + member.key + "\" must be a whole number from 0 to " +
-                                          std::to_string(maximum));
-        }
-        return static_cast<uint32_t>(number);
-    }
+    explicit ServicesReader(const JsonFile& file) : m_file(file) {}
 
     // A duration, or null for "never ends".
     std::optional<uint32_t> ReadDuration(const JsonMember& member) const {
-        if (member.value.kind() == JsonValue::Kind::null) {
+        if (member.value.is_null()) {
             return std::nullopt;
         }
-        return ReadCount(member);
+        return m_file.ReadCount(member);
     }
 
     template <typename Table>
     auto ReadName(const JsonMember& member, const Table& table) const {
-        ExpectKind(member, JsonValue::Kind::string);
+        m_file.ExpectType(member, Json::value_t::string);
+        const auto& text = member.value.get_ref<const std::string&>();
         std::string names;
         for (const auto& entry : table) {
-            if (entry.name == member.value.AsString()) {
+            if (entry.name == text) {
                 return entry;
             }
             names += names.empty() ? "" : ", ";
             names += entry.name;
         }
-        Fail(member.value.line(), "\"" + member.key + "\" must be one of " + names + ", not \"" +
-                                      member.value.AsString() + "\"");
+        m_file.Fail(member.at, member.name + " must be one of " + names + ", not \"" + text + "\"");
     }
 
     ServiceScript ReadService(const JsonMember& service) const {
-        ExpectKind(service, JsonValue::Kind::object);
+        m_file.ExpectType(service, Json::value_t::object);
         ServiceScript script;
-        for (const JsonMember& member : service.value.AsObject()) {
+        const std::string context = " in service \"" + service.key + "\"";
+        for (const JsonMember& member : m_file.Members(service.at, service.name, context)) {
             const std::string& key = member.key;
             if (key == "state") {
                 script.state = ReadName(member, kStates).state;
@@ -82,97 +73,91 @@ class ServicesReader : public JsonFileReader {
                 script.stopPendingMs = ReadDuration(member);
             } else if (key == "waitHintMs") {
                 // A day at most: a caller that waits by the hint must come to an end.
-                script.waitHintMs = ReadCount(member, kMaxWaitHintMs);
+                script.waitHintMs = m_file.ReadCount(member, kMaxWaitHintMs);
             } else if (key == "checkPointEveryMs") {
-                script.checkPointEveryMs = ReadCount(member);
+                script.checkPointEveryMs = m_file.ReadCount(member);
             } else if (key == "openError") {
-                script.openError = ReadCount(member);
+                script.openError = m_file.ReadCount(member);
             } else if (key == "queryError") {
-                script.queryError = ReadCount(member);
+                script.queryError = m_file.ReadCount(member);
             } else if (key == "startError") {
-                script.startError = ReadCount(member);
+                script.startError = m_file.ReadCount(member);
             } else if (key == "stopError") {
-                script.stopError = ReadCount(member);
+                script.stopError = m_file.ReadCount(member);
             } else if (key == "ignoresStop") {
-                ExpectKind(member, JsonValue::Kind::boolean);
-                script.ignoresStop = member.value.AsBool();
+                m_file.ExpectType(member, Json::value_t::boolean);
+                script.ignoresStop = member.value.get<bool>();
             } else {
-                Fail(member.line, "unknown key \"" + key + "\" in service \"" + service.key + "\"");
+                m_file.Fail(member.at, "unknown key " + member.name);
             }
         }
         return script;
     }
+
+  private:
+    const JsonFile& m_file;
 };
 
-JsonValue Duration(const std::optional<uint32_t>& duration) {
-    return duration ? JsonValue::Number(*duration) : JsonValue();
+Json Duration(const std::optional<uint32_t>& duration) {
+    return duration ? Json(*duration) : Json();
 }
 
 }  // namespace
 
 ServicesFile ParseServicesFile(std::string_view json, const std::filesystem::path& file) {
-    JsonValue document;
-    try {
-        document = ParseJson(json);
-    } catch (const JsonError& error) {
-        throw MachineError(file, error.line(), error.what());
-    }
-    const ServicesReader reader(file);
-    if (document.kind() != JsonValue::Kind::object) {
-        reader.Fail(document.line(), "services.json must hold an object");
-    }
+    const JsonFile document(json, file);
+    const ServicesReader reader(document);
     ServicesFile services;
-    for (const JsonMember& member : document.AsObject()) {
+    for (const JsonMember& member : document.Members(Json::json_pointer(), "services.json")) {
         if (member.key == "managerError") {
-            services.managerError = reader.ReadCount(member);
+            services.managerError = document.ReadCount(member);
         } else if (member.key == "services") {
-            reader.ExpectKind(member, JsonValue::Kind::object);
-            for (const JsonMember& service : member.value.AsObject()) {
+            document.ExpectType(member, Json::value_t::object);
+            for (const JsonMember& service : document.Members(member.at, member.name)) {
                 const qm::wstring name = qm::from_utf8(service.key);
                 if (name.empty() || name.find_first_of(u"/\\") != qm::wstring::npos) {
-                    reader.Fail(service.line, "\"" + service.key + "\" is not a service name");
+                    document.Fail(service.at, service.name + " is not a service name");
                 }
                 if (!services.services.emplace(name, reader.ReadService(service)).second) {
-                    reader.Fail(service.line, "the service \"" + service.key +
-                                                  "\" is listed twice (names ignore case)");
+                    document.Fail(service.at, "the service " + service.name +
+                                                  " is listed twice (names ignore case)");
                 }
             }
         } else {
-            reader.Fail(member.line, "unknown key \"" + member.key + "\"");
+            document.Fail(member.at, "unknown key " + member.name);
         }
     }
     return services;
 }
 
 std::string FormatServicesFile(const ServicesFile& services) {
-    std::vector<JsonMember> list;
+    Json list = Json::object();
     for (const auto& [name, script] : services.services) {
-        std::vector<JsonMember> members;
+        Json& service = list[qm::to_utf8(name)] = Json::object();
         for (const auto& state : kStates) {
             if (state.state == script.state) {
-                members.push_back({"state", 0, JsonValue::String(std::string(state.name))});
+                service["state"] = state.name;
             }
         }
         for (const auto& type : kStartTypes) {
             if (type.type == script.startType) {
-                members.push_back({"startType", 0, JsonValue::String(std::string(type.name))});
+                service["startType"] = type.name;
             }
         }
-        members.push_back({"startPendingMs", 0, Duration(script.startPendingMs)});
-        members.push_back({"stopPendingMs", 0, Duration(script.stopPendingMs)});
-        members.push_back({"waitHintMs", 0, JsonValue::Number(script.waitHintMs)});
-        members.push_back({"checkPointEveryMs", 0, JsonValue::Number(script.checkPointEveryMs)});
-        members.push_back({"openError", 0, JsonValue::Number(script.openError)});
-        members.push_back({"queryError", 0, JsonValue::Number(script.queryError)});
-        members.push_back({"startError", 0, JsonValue::Number(script.startError)});
-        members.push_back({"stopError", 0, JsonValue::Number(script.stopError)});
-        members.push_back({"ignoresStop", 0, JsonValue::Bool(script.ignoresStop)});
-        list.push_back({qm::to_utf8(name), 0, JsonValue::Object(std::move(members))});
+        service["startPendingMs"] = Duration(script.startPendingMs);
+        service["stopPendingMs"] = Duration(script.stopPendingMs);
+        service["waitHintMs"] = script.waitHintMs;
+        service["checkPointEveryMs"] = script.checkPointEveryMs;
+        service["openError"] = script.openError;
+        service["queryError"] = script.queryError;
+        service["startError"] = script.startError;
+        service["stopError"] = script.stopError;
+        service["ignoresStop"] = script.ignoresStop;
     }
-    std::vector<JsonMember> top;
-    top.push_back({"managerError", 0, JsonValue::Number(services.managerError)});
-    top.push_back({"services", 0, JsonValue::Object(std::move(list))});
-    return WriteJson(JsonValue::Object(std::move(top)));
+    Json document = Json::object();
+    document["managerError"] = services.managerError;
+    document["services"] = std::move(list);
+    return FormatJson(document);
 }
 
 }  // namespace webrig::sim

@@ -244,24 +244,27 @@ TEST(ValueRules, EveryBuiltInDefaultIsStoredAsItIs) {
 TEST(ValueRules, TypedValuesGoThroughTheSameRules) {
     struct Given {
         AttributeSchema attribute;
-        PropertyValue value;
+        platform::Variant value;
         std::optional<std::u16string> stored;
     };
     const Given cases[] = {
         {Typed(AttributeType::boolean), true, u"true"},
-        {Typed(AttributeType::boolean), int64_t{0}, u"false"},
-        {Typed(AttributeType::boolean), int64_t{-1}, u"true"},
+        {Typed(AttributeType::boolean), int32_t{0}, u"false"},
+        {Typed(AttributeType::boolean), int32_t{-1}, u"true"},
         {Typed(AttributeType::boolean), std::u16string(u"TRUE"), u"true"},
         {Typed(AttributeType::string), true, u"true"},
-        {Typed(AttributeType::string), int64_t{42}, u"42"},
-        {Ranged(AttributeType::uint32, 10, 65535), int64_t{4000}, u"4000"},
-        {Ranged(AttributeType::uint32, 10, 65535), int64_t{5}, std::nullopt},
-        {Typed(AttributeType::uint32), int64_t{-1}, std::nullopt},
-        {Identity(), int64_t{2}, u"NetworkService"},
+        {Typed(AttributeType::string), int32_t{42}, u"42"},
+        {Ranged(AttributeType::uint32, 10, 65535), uint32_t{4000}, u"4000"},
+        {Ranged(AttributeType::uint32, 10, 65535), int32_t{5}, std::nullopt},
+        {Typed(AttributeType::uint32), int32_t{-1}, std::nullopt},
+        {Typed(AttributeType::int64), uint64_t{UINT64_MAX}, std::nullopt},
+        {Identity(), int32_t{2}, u"NetworkService"},
         {Identity(), false, std::nullopt},
-        {AccessPolicy(), int64_t{513}, u"Read, Script"},
+        {AccessPolicy(), int32_t{513}, u"Read, Script"},
         {Typed(AttributeType::timeSpan), std::u16string(u"25:01:01"), u"1.01:01:01"},
-        {Typed(AttributeType::timeSpan), int64_t{60}, std::nullopt},
+        // A number is a count of ticks, as the value read back is.
+        {Typed(AttributeType::timeSpan), uint64_t{12'000'000'000}, u"00:20:00"},
+        {Typed(AttributeType::timeSpan), int32_t{-1}, std::nullopt},
         {Typed(AttributeType::string), std::monostate{}, std::nullopt},
     };
     for (size_t i = 0; i < std::size(cases); ++i) {
@@ -270,21 +273,22 @@ TEST(ValueRules, TypedValuesGoThroughTheSameRules) {
     }
 }
 
-TEST(ValueRules, ReadingGivesBoolsNumbersAndText) {
+// The VARIANT kinds get_Value gives on Windows, which the runtime turns into text to compare.
+TEST(ValueRules, ReadingGivesTheKindsOfEachType) {
     struct Read {
         AttributeSchema attribute;
         const char16_t* stored;
-        PropertyValue value;
+        platform::Variant value;
     };
     const Read cases[] = {
         {Typed(AttributeType::boolean), u"true", true},
         {Typed(AttributeType::boolean), u"False", false},
-        {Typed(AttributeType::uint32), u"4294967295", int64_t{4294967295}},
-        {Typed(AttributeType::int32), u"-1", int64_t{-1}},
+        {Typed(AttributeType::uint32), u"4294967295", uint32_t{4294967295}},
+        {Typed(AttributeType::int32), u"-1", int32_t{-1}},
         {Typed(AttributeType::int64), u"20971520", int64_t{20971520}},
-        {Typed(AttributeType::timeSpan), u"00:20:00", std::u16string(u"00:20:00")},
-        {Identity(), u"NetworkService", std::u16string(u"NetworkService")},
-        {AccessPolicy(), u"Read, Script", std::u16string(u"Read, Script")},
+        {Typed(AttributeType::timeSpan), u"00:20:00", uint64_t{12'000'000'000}},
+        {Identity(), u"NetworkService", int32_t{2}},
+        {AccessPolicy(), u"Read, Script", int32_t{513}},
         {Typed(AttributeType::string), u"IUSR", std::u16string(u"IUSR")},
         // A hand-edited file's wrong text comes back as it stands.
         {Typed(AttributeType::boolean), u"yes", std::u16string(u"yes")},

@@ -24,6 +24,17 @@ std::string Replaced(std::string text, std::string_view from, std::string_view t
     return at == std::string::npos ? text : text.replace(at, from.size(), to);
 }
 
+// Every CRLF-ended line of `text` with `spaces` more in front.
+std::string Indented(std::string_view text, size_t spaces) {
+    std::string out;
+    for (size_t start = 0; start < text.size();) {
+        const size_t end = text.find('\n', start) + 1;
+        out.append(spaces, ' ').append(text.substr(start, end - start));
+        start = end;
+    }
+    return out;
+}
+
 std::shared_ptr<ElementCollection> CollectionOf(platform::AdminManager& manager,
                                                 std::u16string_view section,
                                                 std::u16string_view path,
@@ -202,6 +213,43 @@ TEST(Collections, ChangingAnInheritedEntryReplacesItLocally) {
                                 "responseMode=\"ExecuteURL\" />\n"
                                 "        </httpErrors>\n    </system.webServer>\n"
                                 "</configuration>\n"));
+}
+
+TEST(Collections, ACopiedEntryIsIndentedForItsNewDepth) {
+    std::string appHost = testing::TestAppHostConfig();
+    appHost.insert(appHost.find("            <section name=\"asp\""),
+                   "            <sectionGroup name=\"rewrite\">\r\n"
+                   "                <section name=\"rules\" overrideModeDefault=\"Allow\" />\r\n"
+                   "            </sectionGroup>\r\n");
+    const std::string rule =
+        "<rule name=\"r\">\r\n"
+        "    <match url=\"a\" />\r\n"
+        "    <conditions>\r\n"
+        "        <add input=\"x\" />\r\n"
+        "    </conditions>\r\n"
+        "</rule>\r\n";
+    appHost.insert(appHost.find("        <asp />"),
+                   "        <rewrite>\r\n            <rules>\r\n" + Indented(rule, 16) +
+                       "            </rules>\r\n        </rewrite>\r\n");
+    IisConfigMachine machine(appHost);
+    auto manager = machine.NewManager();
+    std::shared_ptr<platform::ConfigElement> rules;
+    ASSERT_EQ(manager->GetAdminSection(u"system.webServer/rewrite/rules", kSite, rules), 0);
+    std::shared_ptr<platform::ElementCollection> collection;
+    ASSERT_EQ(rules->GetCollection(collection), 0);
+    std::shared_ptr<platform::ConfigElement> entry;
+    ASSERT_EQ(collection->Item(0, entry), 0);
+    std::shared_ptr<platform::ConfigProperty> stop;
+    ASSERT_EQ(entry->GetPropertyByName(u"stopProcessing", stop), 0);
+    ASSERT_EQ(stop->PutValue(Variant{true}), 0);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    std::string copied = Indented(rule, 20);
+    copied.insert(copied.find('>'), " stopProcessing=\"true\"");
+    EXPECT_NE(machine.ReadAppHost().find("                <rules>\r\n"
+                                         "                    <remove name=\"r\" />\r\n" +
+                                         copied + "                </rules>\r\n"),
+              std::string::npos)
+        << machine.ReadAppHost();
 }
 
 TEST(Collections, DeletingRemovesALocalEntryAndMasksAnInheritedOne) {

@@ -84,7 +84,7 @@ TEST(Commit, AFailedWriteLeavesTheFileAndTheChangesPending) {
     machine.FailWrites(true);
     EXPECT_EQ(manager->CommitChanges(), qm::hresult_from_win32(qm::win32::write_fault));
     EXPECT_EQ(machine.ReadAppHost(), testing::TestAppHostConfig());
-    EXPECT_EQ(manager->PutCommitPath(kSite), qm::hr::file_checked_out);
+    EXPECT_EQ(manager->PutCommitPath(kSite), qm::hr::checkout_required);
     machine.FailWrites(false);
     ASSERT_EQ(manager->CommitChanges(), 0);
     EXPECT_NE(machine.ReadAppHost().find("<directoryBrowse enabled=\"true\" />"),

@@ -34,7 +34,7 @@ TEST(ConfigPaths, TheCommitPathCannotChangeWhileChangesArePending) {
     auto manager = machine.NewManager();
     ASSERT_EQ(
         testing::PutAttribute(*manager, kDirectoryBrowse, kAppHost, u"enabled", Variant{true}), 0);
-    EXPECT_EQ(manager->PutCommitPath(kSite), qm::hr::file_checked_out);
+    EXPECT_EQ(manager->PutCommitPath(kSite), qm::hr::checkout_required);
     std::u16string path;
     ASSERT_EQ(manager->GetCommitPath(path), 0);
     EXPECT_EQ(path, kAppHost);
@@ -135,6 +135,35 @@ TEST(ConfigPaths, AMissingFolderFailsTheCommitAndWritesNothing) {
     EXPECT_EQ(manager->CommitChanges(), qm::hr::path_not_found);
     EXPECT_FALSE(std::filesystem::exists(machine.DrivePath("inetpub/shop")));
     EXPECT_EQ(machine.ReadAppHost(), testing::TestAppHostConfig());
+}
+
+// IIS compares location paths without regard to case, for reading, writing and delegation.
+TEST(ConfigPaths, ALocationPathInAnotherCaseIsTheSamePath) {
+    std::string text = testing::TestAppHostConfig();
+    text.insert(text.rfind("</configuration>"),
+                "    <location path=\"default web site/SHOP\" overrideMode=\"Allow\">\r\n"
+                "        <system.webServer>\r\n"
+                "            <asp />\r\n"
+                "            <directoryBrowse enabled=\"true\" />\r\n"
+                "        </system.webServer>\r\n"
+                "    </location>\r\n");
+    IisConfigMachine machine(text);
+    constexpr std::u16string_view kShop = u"MACHINE/WEBROOT/APPHOST/Default Web Site/shop";
+    auto manager = machine.NewManager();
+    std::u16string enabled;
+    ASSERT_EQ(testing::ReadAttribute(*manager, kDirectoryBrowse, kShop, u"enabled", enabled), 0);
+    EXPECT_EQ(enabled, u"true");
+    ASSERT_EQ(
+        testing::PutAttribute(*manager, kDirectoryBrowse, kShop, u"showFlags", Variant{u"Date"}),
+        0);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    text.replace(text.find("enabled=\"true\" />"), 17, "enabled=\"true\" showFlags=\"Date\" />");
+    EXPECT_EQ(machine.ReadAppHost(), text);
+    // The tag unlocks asp for the application's own web.config.
+    ASSERT_EQ(manager->PutCommitPath(kShop), 0);
+    EXPECT_EQ(testing::PutAttribute(*manager, u"system.webServer/asp", kShop, u"enableParentPaths",
+                                    Variant{true}),
+              0);
 }
 
 }  // namespace

@@ -17,19 +17,36 @@ constexpr std::u16string_view kHandlers = u"system.webServer/handlers";
 constexpr std::u16string_view kAnonymous =
     u"system.webServer/security/authentication/anonymousAuthentication";
 
-std::string WithLocation(const std::string& appHost, std::string_view location) {
-    std::string text = appHost;
-    const std::string end = "</configuration>";
-    text.insert(text.rfind(end), std::string(location));
+constexpr std::u16string_view kAsp = u"system.webServer/asp";
+
+// applicationHost.config with `locations` at its end and, when `aspInLocation`, its <asp /> moved
+// into a <location path="" overrideMode="Allow">, as IIS keeps handlers and modules.
+std::string WithLocations(bool aspInLocation, std::string_view locations) {
+    std::string text = testing::TestAppHostConfig();
+    std::string tags(locations);
+    if (aspInLocation) {
+        text.erase(text.find("        <asp />\r\n"), 17);
+        tags =
+            "    <location path=\"\" overrideMode=\"Allow\">\r\n        <system.webServer>\r\n"
+            "            <asp />\r\n        </system.webServer>\r\n    </location>\r\n" +
+            tags;
+    }
+    text.insert(text.rfind("</configuration>"), tags);
     return text;
+}
+
+std::string AspTag(std::string_view attributes) {
+    return "    <location path=\"" + std::string(attributes) +
+           ">\r\n        <system.webServer>\r\n            <asp />\r\n        "
+           "</system.webServer>\r\n"
+           "    </location>\r\n";
 }
 
 struct LockCase {
     const char* name;
     std::u16string_view section;
-    std::u16string_view attribute;
-    Variant value;
-    std::string_view location;  // added to applicationHost.config
+    bool aspInLocation;
+    std::string locations;  // added to applicationHost.config
     qm::hresult result;
 };
 
@@ -37,15 +54,15 @@ class LockedSections : public ::testing::TestWithParam<LockCase> {};
 
 TEST_P(LockedSections, AreRefusedAtPutTimeInASiteWebConfig) {
     const LockCase& test = GetParam();
-    IisConfigMachine machine(WithLocation(testing::TestAppHostConfig(), test.location));
+    IisConfigMachine machine(WithLocations(test.aspInLocation, test.locations));
     const std::string appHost = machine.ReadAppHost();
     auto manager = machine.NewManager();
     ASSERT_EQ(manager->PutCommitPath(kSite), 0);
-    std::shared_ptr<platform::ConfigElement> section;
-    ASSERT_EQ(manager->GetAdminSection(test.section, kSite, section), 0);
-    std::shared_ptr<platform::ConfigProperty> property;
-    ASSERT_EQ(section->GetPropertyByName(test.attribute, property), 0);
-    EXPECT_EQ(property->PutValue(test.value), test.result);
+    const auto [attribute, value] =
+        test.section == kAsp        ? std::pair{u"enableParentPaths", Variant{true}}
+        : test.section == kHandlers ? std::pair{u"accessPolicy", Variant{u"Read"}}
+                                    : std::pair{u"enabled", Variant{false}};
+    EXPECT_EQ(testing::PutAttribute(*manager, test.section, kSite, attribute, value), test.result);
     if (test.result != 0) {
         EXPECT_NE(qm::to_utf8(manager->LastErrorDescription()).find("cannot be used at this path"),
                   std::string::npos);
@@ -56,28 +73,26 @@ TEST_P(LockedSections, AreRefusedAtPutTimeInASiteWebConfig) {
               test.result == 0);
 }
 
+constexpr qm::hresult kLocked = qm::hr::lock_violation;
+
+// A tag's overrideMode applies to the sections it holds.
 INSTANTIATE_TEST_SUITE_P(
     Delegation, LockedSections,
     ::testing::Values(
-        LockCase{"deniedByDefault", kHandlers, u"accessPolicy", Variant{u"Read"}, "",
-                 qm::hr::lock_violation},
-        LockCase{"authenticationDenied", kAnonymous, u"enabled", Variant{false}, "",
-                 qm::hr::lock_violation},
-        LockCase{"unlockedForAllPaths", kHandlers, u"accessPolicy", Variant{u"Read"},
-                 "    <location path=\"\" overrideMode=\"Allow\">\r\n        <system.webServer>\r\n"
-                 "            <handlers />\r\n        </system.webServer>\r\n    </location>\r\n",
-                 0},
-        LockCase{"unlockedForTheSite", kAnonymous, u"enabled", Variant{false},
-                 "    <location path=\"Default Web Site\" overrideMode=\"Allow\" />\r\n", 0},
-        LockCase{"unlockedForAnotherSite", kAnonymous, u"enabled", Variant{false},
-                 "    <location path=\"Other Site\" overrideMode=\"Allow\" />\r\n",
-                 qm::hr::lock_violation},
-        LockCase{"theMostSpecificTagWins", kHandlers, u"accessPolicy", Variant{u"Read"},
-                 "    <location path=\"Default Web Site\" overrideMode=\"Deny\" />\r\n"
-                 "    <location path=\"\" overrideMode=\"Allow\" />\r\n",
-                 qm::hr::lock_violation},
-        LockCase{"olderAllowOverride", kHandlers, u"accessPolicy", Variant{u"Read"},
-                 "    <location path=\"Default Web Site\" allowOverride=\"true\" />\r\n", 0}),
+        LockCase{"deniedByDefault", kHandlers, false, "", kLocked},
+        LockCase{"authenticationDenied", kAnonymous, false, "", kLocked},
+        LockCase{"unlockedForAllPaths", kAsp, true, "", 0},
+        LockCase{"unlockedForTheSite", kAsp, false,
+                 AspTag("Default Web Site\" overrideMode=\"Allow\""), 0},
+        LockCase{"aTagWithoutTheSectionUnlocksNothing", kAsp, false,
+                 "    <location path=\"Default Web Site\" overrideMode=\"Allow\" />\r\n", kLocked},
+        LockCase{"anotherSectionStaysLocked", kHandlers, true, "", kLocked},
+        LockCase{"unlockedForAnotherSite", kAsp, false,
+                 AspTag("Other Site\" overrideMode=\"Allow\""), kLocked},
+        LockCase{"theMostSpecificTagWins", kAsp, true,
+                 AspTag("Default Web Site\" overrideMode=\"Deny\""), kLocked},
+        LockCase{"olderAllowOverride", kAsp, false,
+                 AspTag("Default Web Site\" allowOverride=\"true\""), 0}),
     [](const ::testing::TestParamInfo<LockCase>& item) { return item.param.name; });
 
 TEST(SectionLock, TheMainFileTakesALockedSectionForTheSiteLocation) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/sim/host_process/sim_automation.h"
 #include "testing/iis_config_machine.h"
 
 namespace webrig::sim::iis7 {
@@ -172,7 +173,7 @@ TEST(SectionWrite, ADeeperPathWritesALocationAtTheEndOfTheFile) {
     IisConfigMachine machine;
     const std::string before = machine.ReadAppHost();
     auto manager = machine.NewManager();
-    ASSERT_EQ(testing::PutAttribute(*manager, kAsp, kShop, u"enableParentPaths", Variant{true}),
+    ASSERT_EQ(testing::PutAttribute(*manager, kAsp, kShop, u"noSuchAttribute", Variant{true}),
               qm::hr::invalid_index);
     std::shared_ptr<platform::ConfigElement> asp;
     ASSERT_EQ(manager->GetAdminSection(kAsp, kShop, asp), 0);
@@ -269,12 +270,30 @@ TEST(SectionWrite, TypedValuesReadBackTyped) {
     ASSERT_EQ(collection->Item(0, pool), 0);
     std::shared_ptr<platform::ConfigProperty> property;
     Variant value;
-    ASSERT_EQ(pool->GetPropertyByName(u"queueLength", property), 0);
+    // What the runtime compares before it writes: the value as VariantChangeType makes it text.
+    SimAutomation automation;
+    const std::pair<std::u16string_view, std::u16string_view> texts[] = {
+        {u"queueLength", u"1000"},
+        {u"autoStart", u"-1"},
+        {u"managedPipelineMode", u"0"},
+    };
+    for (const auto& [name, text] : texts) {
+        std::u16string converted;
+        ASSERT_EQ(pool->GetPropertyByName(name, property), 0);
+        ASSERT_EQ(property->GetValue(value), 0);
+        ASSERT_EQ(automation.ChangeTypeToText(value, converted), 0);
+        EXPECT_EQ(converted, text) << qm::to_utf8(name);
+    }
+    std::shared_ptr<platform::ConfigElement> processModel;
+    ASSERT_EQ(pool->GetElementByName(u"processModel", processModel), 0);
+    ASSERT_EQ(processModel->GetPropertyByName(u"idleTimeout", property), 0);
     ASSERT_EQ(property->GetValue(value), 0);
-    EXPECT_EQ(value, Variant{int32_t{1000}});
-    ASSERT_EQ(pool->GetPropertyByName(u"autoStart", property), 0);
-    ASSERT_EQ(property->GetValue(value), 0);
-    EXPECT_EQ(value, Variant{true});
+    EXPECT_EQ(value, Variant{uint64_t{12'000'000'000}});  // ticks
+    // The value read puts back unchanged.
+    ASSERT_EQ(property->PutValue(value), 0);
+    std::u16string text;
+    ASSERT_EQ(property->GetStringValue(text), 0);
+    EXPECT_EQ(text, u"00:20:00");
     // Not set on the pool: applicationPoolDefaults supplies it.
     ASSERT_EQ(pool->GetPropertyByName(u"managedRuntimeVersion", property), 0);
     ASSERT_EQ(property->GetValue(value), 0);

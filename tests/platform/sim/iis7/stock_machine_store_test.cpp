@@ -69,5 +69,73 @@ TEST(StockMachineStore, ReadsAndWritesTheStockFileWithTheBuiltInSchema) {
     EXPECT_EQ(value, u"secret");
 }
 
+// Sets text attributes of a new entry; stops at the first failure.
+qm::hresult PutAll(
+    platform::ConfigElement& element,
+    std::initializer_list<std::pair<std::u16string_view, std::u16string_view>> values) {
+    for (const auto& [name, value] : values) {
+        std::shared_ptr<platform::ConfigProperty> property;
+        if (const qm::hresult hr = element.GetPropertyByName(name, property); hr != 0) {
+            return hr;
+        }
+        if (const qm::hresult hr = property->PutValue(Variant{qm::wstring(value)}); hr != 0) {
+            return hr;
+        }
+    }
+    return 0;
+}
+
+// The stock file keeps handlers in <location path="" overrideMode="Allow">, so an application's
+// handler mapping goes into the application's own web.config.
+TEST(StockMachineStore, AnApplicationsHandlerMappingLandsInItsWebConfig) {
+    testing::TempMachine machine;
+    std::filesystem::create_directories(DriveCPath(machine.path()) / "inetpub" / "app");
+    std::unique_ptr<platform::AdminManager> manager;
+    ASSERT_EQ(machine.machine().iisConfiguration().CreateAdminManager(manager), 0);
+    std::shared_ptr<platform::ConfigElement> sites;
+    ASSERT_EQ(manager->GetAdminSection(u"system.applicationHost/sites", kAppHost, sites), 0);
+    std::shared_ptr<platform::ElementCollection> collection;
+    std::shared_ptr<platform::ConfigElement> site;
+    ASSERT_EQ(sites->GetCollection(collection), 0);
+    ASSERT_EQ(collection->Item(0, site), 0);
+    std::shared_ptr<platform::ElementCollection> applications;
+    std::shared_ptr<platform::ConfigElement> application;
+    std::shared_ptr<platform::ElementCollection> directories;
+    std::shared_ptr<platform::ConfigElement> directory;
+    ASSERT_EQ(site->GetCollection(applications), 0);
+    ASSERT_EQ(applications->CreateNewElement(u"application", application), 0);
+    ASSERT_EQ(PutAll(*application, {{u"path", u"/app"}}), 0);
+    ASSERT_EQ(application->GetCollection(directories), 0);
+    ASSERT_EQ(directories->CreateNewElement(u"virtualDirectory", directory), 0);
+    ASSERT_EQ(PutAll(*directory, {{u"path", u"/"}, {u"physicalPath", u"C:\\inetpub\\app"}}), 0);
+    ASSERT_EQ(directories->AddElement(directory, -1), 0);
+    ASSERT_EQ(applications->AddElement(application, -1), 0);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    const std::string appHost = IisConfigMachine::ReadText(StockAppHost(machine));
+
+    constexpr std::u16string_view kApp = u"MACHINE/WEBROOT/APPHOST/Default Web Site/app";
+    ASSERT_EQ(machine.machine().iisConfiguration().CreateAdminManager(manager), 0);
+    ASSERT_EQ(manager->PutCommitPath(kApp), 0);
+    std::shared_ptr<platform::ConfigElement> handlers;
+    ASSERT_EQ(manager->GetAdminSection(u"system.webServer/handlers", kApp, handlers), 0);
+    std::shared_ptr<platform::ConfigElement> mapping;
+    ASSERT_EQ(handlers->GetCollection(collection), 0);
+    ASSERT_EQ(collection->CreateNewElement(u"add", mapping), 0);
+    ASSERT_EQ(PutAll(*mapping, {{u"name", u"Shop"},
+                                {u"path", u"*.shop"},
+                                {u"verb", u"*"},
+                                {u"modules", u"IsapiModule"}}),
+              0);
+    ASSERT_EQ(collection->AddElement(mapping, 0), 0);
+    ASSERT_EQ(manager->CommitChanges(), 0);
+    EXPECT_EQ(IisConfigMachine::ReadText(StockAppHost(machine)), appHost);
+    const std::string webConfig =
+        IisConfigMachine::ReadText(DriveCPath(machine.path()) / "inetpub" / "app" / "web.config");
+    EXPECT_NE(webConfig.find("<handlers>\r\n            <add name=\"Shop\" path=\"*.shop\""),
+              std::string::npos)
+        << webConfig;
+    EXPECT_EQ(webConfig.find("<location"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace webrig::sim::iis7

@@ -18,15 +18,7 @@ constexpr uint32_t k32 = key_access::wow64_32key;
 
 class Wow64 : public ::testing::Test {
   protected:
-    explicit Wow64(
-        platform::ProcessorArchitecture architecture = platform::ProcessorArchitecture::amd64)
-        : m_machine(Config(architecture)), reg(m_machine.machine().registry()) {}
-
-    static MachineConfig Config(platform::ProcessorArchitecture architecture) {
-        MachineConfig config;
-        config.architecture = architecture;
-        return config;
-    }
+    Wow64() : reg(m_machine.machine().registry()) {}
 
     bool Exists(std::initializer_list<const char16_t*> path) {
         const RegistryKey* found = &m_machine.machine().simRegistry().Root();
@@ -67,9 +59,7 @@ TEST_F(Wow64, SoftwareIsRedirectedUnlessThe64BitViewIsAskedFor) {
     EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node", u"Contoso64"}));
     EXPECT_EQ(Open(u"SOFTWARE\\Contoso64", 0, opened), qm::win32::file_not_found);
     EXPECT_EQ(Open(u"SOFTWARE\\Contoso32", k64, opened), qm::win32::file_not_found);
-}
-
-TEST_F(Wow64, OtherHivesAreShared) {
+    // Other hives are shared.
     ASSERT_EQ(Create(u"SYSTEM\\Shared", 0), 0u);
     EXPECT_TRUE(Exists({u"SYSTEM", u"Shared"}));
     EXPECT_EQ(Open(u"SYSTEM\\Shared", k64, opened), 0u);
@@ -86,20 +76,17 @@ TEST_F(Wow64, TheViewComesFromEachCallNotFromTheParentHandle) {
     EXPECT_EQ(Open(u"Both\\Only32", k64, opened, software64), qm::win32::file_not_found);
 }
 
+// A path that names WOW6432Node itself is not redirected a second time.
 TEST_F(Wow64, SoftwareOpenedFromA32BitProcessIsWow6432Node) {
     ASSERT_EQ(Create(u"SOFTWARE\\Visible32", 0), 0u);
+    ASSERT_EQ(Create(u"SOFTWARE\\WOW6432Node\\Direct", 0), 0u);
     RegKey software = kNoKey;
     ASSERT_EQ(Open(u"SOFTWARE", 0, software), 0u);
-    qm::wstring name;
-    ASSERT_EQ(reg.EnumKey(software, 0, name), 0u);
-    EXPECT_EQ(name, u"Visible32");
-    EXPECT_EQ(reg.EnumKey(software, 1, name), qm::win32::no_more_items);
-}
-
-TEST_F(Wow64, AnExplicitWow6432NodePathIsNotRedirectedTwice) {
-    ASSERT_EQ(Create(u"SOFTWARE\\WOW6432Node\\Direct", 0), 0u);
-    EXPECT_TRUE(Exists({u"SOFTWARE", u"WOW6432Node", u"Direct"}));
-    EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node", u"WOW6432Node"}));
+    std::vector<qm::wstring> names(3);
+    for (uint32_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(reg.EnumKey(software, i, names[i]), i < 2 ? 0u : qm::win32::no_more_items);
+    }
+    EXPECT_EQ(names, (std::vector<qm::wstring>{u"Direct", u"Visible32", u""}));
 }
 
 TEST_F(Wow64, DeleteKeyUsesTheViewOfItsAccessMask) {
@@ -112,26 +99,46 @@ TEST_F(Wow64, DeleteKeyUsesTheViewOfItsAccessMask) {
     EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node", u"Twin"}));
 }
 
-class Wow64OnArm64 : public Wow64 {
-  protected:
-    Wow64OnArm64() : Wow64(platform::ProcessorArchitecture::arm64) {}
-};
-
-TEST_F(Wow64OnArm64, RedirectsToo) {
-    ASSERT_EQ(Create(u"SOFTWARE\\Arm", 0), 0u);
-    EXPECT_TRUE(Exists({u"SOFTWARE", u"WOW6432Node", u"Arm"}));
+TEST_F(Wow64, SharedKeysAreNotRedirected) {
+    struct Case {
+        const char16_t* path;
+        std::initializer_list<const char16_t*> physical;
+    };
+    const Case cases[] = {
+        {u"SOFTWARE\\Microsoft\\SystemCertificates\\MY\\Certificates\\AB",
+         {u"SOFTWARE", u"Microsoft", u"SystemCertificates", u"MY", u"Certificates", u"AB"}},
+        {u"SOFTWARE\\Classes\\.webrig", {u"SOFTWARE", u"Classes", u".webrig"}},
+        {u"SOFTWARE\\Classes\\CLSID\\{1}",
+         {u"SOFTWARE", u"WOW6432Node", u"Classes", u"CLSID", u"{1}"}},
+        {u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\P",
+         {u"SOFTWARE", u"WOW6432Node", u"Microsoft", u"Windows", u"CurrentVersion", u"Uninstall",
+          u"P"}},
+        {u"SOFTWARE\\Microsoft\\SystemCertificatesX",
+         {u"SOFTWARE", u"WOW6432Node", u"Microsoft", u"SystemCertificatesX"}},
+    };
+    for (const Case& c : cases) {
+        ASSERT_EQ(Create(c.path, k32), 0u) << qm::to_utf8(c.path);
+        EXPECT_TRUE(Exists(c.physical)) << qm::to_utf8(c.path);
+    }
 }
 
-class NoWow64OnX86 : public Wow64 {
-  protected:
-    NoWow64OnX86() : Wow64(platform::ProcessorArchitecture::intel) {}
-};
-
-TEST_F(NoWow64OnX86, NothingIsRedirected) {
-    EXPECT_FALSE(Exists({u"SOFTWARE", u"WOW6432Node"}));
-    ASSERT_EQ(Create(u"SOFTWARE\\Plain", 0), 0u);
-    EXPECT_TRUE(Exists({u"SOFTWARE", u"Plain"}));
-    EXPECT_EQ(Open(u"SOFTWARE\\Plain", k64, opened), 0u);
+// arm64 runs 32-bit code under WOW64 too; x86 has no second view.
+TEST(Wow64Machines, RedirectOnEvery64BitArchitectureOnly) {
+    using platform::ProcessorArchitecture;
+    for (const auto architecture : {ProcessorArchitecture::arm64, ProcessorArchitecture::intel}) {
+        MachineConfig config;
+        config.architecture = architecture;
+        testing::TempMachine machine(config);
+        RegKey key = kNoKey;
+        ASSERT_EQ(machine.machine().registry().CreateKey(kLocalMachine, u"SOFTWARE\\Plain",
+                                                         key_access::all_access, key),
+                  0u);
+        const RegistryKey* software =
+            machine.machine().simRegistry().Root().FindSubKey(u"SOFTWARE");
+        const bool redirected = architecture == ProcessorArchitecture::arm64;
+        EXPECT_EQ(software->FindSubKey(u"Plain") == nullptr, redirected);
+        EXPECT_EQ(software->FindSubKey(u"WOW6432Node") != nullptr, redirected);
+    }
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "platform/sim/machine/machine_error.h"
 
 namespace webrig::sim {
@@ -36,44 +38,36 @@ TEST(ServicesFile, ReadsEveryKeyAndFormatsBackEqual) {
     EXPECT_EQ(ParseServicesFile(FormatServicesFile(read), "again.json"), read);
 }
 
-struct BadFile {
-    const char* text;
-    int line;
-    const char* message;
-};
-
-class ServicesFileErrors : public ::testing::TestWithParam<BadFile> {};
-
-TEST_P(ServicesFileErrors, NameTheLineAndTheProblem) {
-    try {
-        ParseServicesFile(GetParam().text, "services.json");
-        FAIL() << "accepted " << GetParam().text;
-    } catch (const MachineError& error) {
-        EXPECT_EQ(error.line(), GetParam().line);
-        EXPECT_NE(std::string(error.what()).find(GetParam().message), std::string::npos)
-            << error.what();
+TEST(ServicesFile, ErrorsNameTheLineAndTheProblem) {
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"[]", 1, "services.json must hold an object"},
+        {"{\n\"colour\": 1}", 2, "unknown key \"colour\""},
+        {"{\n\"services\": []}", 2, "\"services\" must be an object, not an array"},
+        {"{\"services\": {\n\"W3SVC\": {\"state\": \"asleep\"}}}", 2,
+         "one of stopped, startPending"},
+        {"{\"services\": {\n\"W3SVC\": {\"startType\": \"boot\"}}}", 2,
+         "one of auto, demand, disabled"},
+        {"{\"services\": {\"W3SVC\": {\n\"waitHintMs\": -1}}}", 2,
+         "\"waitHintMs\" in service \"W3SVC\" must be a whole number"},
+        {"{\"services\": {\n\"W3SVC\": {\"waitHintMs\": 1.5}}}", 2, "whole number"},
+        {"{\"services\": {\n\"W3SVC\": {\"waitHintMs\": 86400001}}}", 2, "from 0 to 86400000"},
+        {"{\"services\": {\n\"W3SVC\": {\"ignoresStop\": 1}}}", 2, "must be a boolean"},
+        {"{\"services\": {\n\"W3SVC\": {\"pendingMs\": 1}}}", 2,
+         "unknown key \"pendingMs\" in service \"W3SVC\""},
+        {"{\"services\": {\"W3SVC\": {},\n\"w3svc\": {}}}", 2, "listed twice"},
+        {"{\"services\": {\n\"a\\\\b\": {}}}", 2, "not a service name"},
+        {"{\"services\": {\"W3SVC\": {\n\"state\": ", 2, "not valid JSON"},
+    };
+    for (const auto& [text, line, message] : cases) {
+        try {
+            ParseServicesFile(text, "services.json");
+            ADD_FAILURE() << "accepted " << text;
+        } catch (const MachineError& error) {
+            EXPECT_EQ(error.line(), line) << error.what();
+            EXPECT_NE(std::string(error.what()).find(message), std::string::npos) << error.what();
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, ServicesFileErrors,
-    ::testing::Values(
-        BadFile{"[]", 1, "must hold an object"},
-        BadFile{"{\n\"colour\": 1}", 2, "unknown key \"colour\""},
-        BadFile{"{\"services\": {\n\"W3SVC\": {\"state\": \"asleep\"}}}", 2,
-                "one of stopped, startPending"},
-        BadFile{"{\"services\": {\n\"W3SVC\": {\"startType\": \"boot\"}}}", 2,
-                "one of auto, demand, disabled"},
-        BadFile{"{\"services\": {\n\"W3SVC\": {\"waitHintMs\": -1}}}", 2, "whole number"},
-        BadFile{"{\"services\": {\n\"W3SVC\": {\"waitHintMs\": 1.5}}}", 2, "whole number"},
-        BadFile{"{\"services\": {\n\"W3SVC\": {\"waitHintMs\": 86400001}}}", 2,
-                "from 0 to 86400000"},
-        BadFile{"{\"services\": {\n\"W3SVC\": {\"ignoresStop\": 1}}}", 2, "must be a boolean"},
-        BadFile{"{\"services\": {\n\"W3SVC\": {\"pendingMs\": 1}}}", 2,
-                "unknown key \"pendingMs\" in service \"W3SVC\""},
-        BadFile{"{\"services\": {\"W3SVC\": {},\n\"w3svc\": {}}}", 2, "listed twice"},
-        BadFile{"{\"services\": {\n\"a\\\\b\": {}}}", 2, "not a service name"},
-        BadFile{"{\"services\": {\"W3SVC\": {\n\"state\": ", 2, ""}));
 
 }  // namespace
 }  // namespace webrig::sim

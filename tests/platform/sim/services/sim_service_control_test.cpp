@@ -6,7 +6,6 @@
 
 #include "platform/sim/machine/sim_clock.h"
 #include "support/last_error.h"
-#include "testing/case_name.h"
 #include "testing/temp_folder.h"
 
 namespace webrig::sim {
@@ -77,127 +76,102 @@ TEST_F(SimServiceControlTest, AStartStaysPendingForItsTimeWhileTheCheckpointMove
     EXPECT_EQ(status.waitHint, 0u);
 }
 
-TEST_F(SimServiceControlTest, AStartThatNeverEndsStaysPendingAndIsSavedSo) {
-    Make(Stopped(std::nullopt));
-    const ServiceHandle service = Open();
-    ASSERT_TRUE(m_control->Start(service));
-    m_clock.Sleep(3'600'000);
-    EXPECT_EQ(StateOf(service), state::start_pending);
-    EXPECT_EQ(m_control->Snapshot().services.at(u"W3SVC").state, state::start_pending);
-}
-
+// The file holds the state a service settles in, so that the next process finds it there; a
+// start that never ends stays pending.
 TEST_F(SimServiceControlTest, StateChangesReachTheFileAsTheStateTheServiceSettlesIn) {
-    Make(Stopped(1200));
-    const ServiceHandle service = Open();
-    ASSERT_TRUE(m_control->Start(service));
-    std::ifstream saved(m_folder.path() / "services.json");
-    const std::string text((std::istreambuf_iterator<char>(saved)), {});
-    const ServicesFile file = ParseServicesFile(text, "services.json");
-    EXPECT_EQ(file.services.at(u"W3SVC").state, state::running);
-}
-
-TEST_F(SimServiceControlTest, AStopIsPendingThenStopped) {
-    ServiceScript script = Stopped();
-    script.state = state::running;
-    Make(script);
-    const ServiceHandle service = Open();
-    ServiceStatus status;
-    ASSERT_TRUE(m_control->Control(service, platform::kServiceControlStop, status));
-    EXPECT_EQ(status.currentState, state::stop_pending);
-    m_clock.Sleep(800);
-    EXPECT_EQ(StateOf(service), state::stopped);
-}
-
-TEST_F(SimServiceControlTest, AServiceThatIgnoresStopKeepsRunning) {
-    ServiceScript script = Stopped();
-    script.state = state::running;
-    script.ignoresStop = true;
-    Make(script);
-    const ServiceHandle service = Open();
-    ServiceStatus status;
-    ASSERT_TRUE(m_control->Control(service, platform::kServiceControlStop, status));
-    EXPECT_EQ(status.currentState, state::running);
-    m_clock.Sleep(60'000);
-    EXPECT_EQ(StateOf(service), state::running);
-}
-
-TEST_F(SimServiceControlTest, APendingStateOfTheFileEndsAfterItsScriptedTime) {
-    ServiceScript script = Stopped();
-    script.state = state::stop_pending;
-    Make(script);
-    const ServiceHandle service = Open();
-    EXPECT_EQ(StateOf(service), state::stop_pending);
-    m_clock.Sleep(800);
-    EXPECT_EQ(StateOf(service), state::stopped);
-}
-
-// Each failure a caller can meet, with the code Windows leaves in the last error.
-struct Failure {
-    const char* what;
-    uint32_t initialState;
-    void (*script)(ServiceScript&);
-    uint32_t rights;
-    enum { start, stop, query } call;
-    uint32_t error;
-};
-
-class SimServiceFailures : public SimServiceControlTest,
-                           public ::testing::WithParamInterface<Failure> {};
-
-TEST_P(SimServiceFailures, LeaveTheirCodeInTheLastError) {
-    const Failure& f = GetParam();
-    ServiceScript script = Stopped();
-    script.state = f.initialState;
-    f.script(script);
-    Make(script);
-    const ServiceHandle service = Open(f.rights);
-    ASSERT_NE(service, platform::kNoService);
-    qm::set_last_error(0);
-    ServiceStatus status;
-    bool succeeded = true;
-    switch (f.call) {
-        case Failure::start:
-            succeeded = m_control->Start(service);
-            break;
-        case Failure::stop:
-            succeeded = m_control->Control(service, platform::kServiceControlStop, status);
-            break;
-        case Failure::query:
-            succeeded = m_control->QueryStatus(service, status);
-            break;
+    for (const auto& [startPendingMs, settled] :
+         {std::pair{std::optional<uint32_t>(1200), state::running},
+          std::pair{std::optional<uint32_t>(), state::start_pending}}) {
+        Make(Stopped(startPendingMs));
+        const ServiceHandle service = Open();
+        ASSERT_TRUE(m_control->Start(service));
+        std::ifstream saved(m_folder.path() / "services.json");
+        const std::string text((std::istreambuf_iterator<char>(saved)), {});
+        EXPECT_EQ(ParseServicesFile(text, "services.json").services.at(u"W3SVC").state, settled);
+        m_clock.Sleep(3'600'000);
+        EXPECT_EQ(StateOf(service), settled);
     }
-    EXPECT_FALSE(succeeded);
-    EXPECT_EQ(qm::get_last_error(), f.error);
-    EXPECT_EQ(m_control->Snapshot().services.at(u"W3SVC").state, f.initialState);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Cases, SimServiceFailures,
-    ::testing::Values(Failure{"disabled", state::stopped,
-                              [](ServiceScript& s) { s.startType = StartType::disabled; },
-                              access::all_access, Failure::start, 1058},
-                      Failure{"scripted start refusal", state::stopped,
-                              [](ServiceScript& s) { s.startError = 1069; }, access::all_access,
-                              Failure::start, 1069},
-                      Failure{"already running", state::running, [](ServiceScript&) {},
-                              access::all_access, Failure::start, 1056},
-                      Failure{"paused is not stopped", state::paused, [](ServiceScript&) {},
-                              access::all_access, Failure::start, 1056},
-                      Failure{"start without the right", state::stopped, [](ServiceScript&) {},
-                              access::query_status, Failure::start, 5},
-                      Failure{"stop of a stopped service", state::stopped, [](ServiceScript&) {},
-                              access::all_access, Failure::stop, 1062},
-                      Failure{"scripted stop refusal", state::running,
-                              [](ServiceScript& s) { s.stopError = 1061; }, access::all_access,
-                              Failure::stop, 1061},
-                      Failure{"stop without the right", state::running, [](ServiceScript&) {},
-                              access::query_status | access::start, Failure::stop, 5},
-                      Failure{"scripted query failure", state::running,
-                              [](ServiceScript& s) { s.queryError = 6; }, access::all_access,
-                              Failure::query, 6},
-                      Failure{"query without the right", state::running, [](ServiceScript&) {},
-                              access::start, Failure::query, 5}),
-    webrig::testing::NameFromWhat());
+// A stop, and a pending state written in the file, each take their scripted time.
+TEST_F(SimServiceControlTest, PendingStatesEndAfterTheirScriptedTime) {
+    struct Case {
+        const char* what;
+        uint32_t initial;
+        bool ignoresStop;
+        bool stop;
+        uint32_t pending;
+        uint32_t sleepMs;
+        uint32_t settled;
+    };
+    for (const Case& c :
+         {Case{"stop", state::running, false, true, state::stop_pending, 800, state::stopped},
+          Case{"ignored stop", state::running, true, true, state::running, 60'000, state::running},
+          Case{"stop pending in the file", state::stop_pending, false, false, state::stop_pending,
+               800, state::stopped}}) {
+        ServiceScript script = Stopped();
+        script.state = c.initial;
+        script.ignoresStop = c.ignoresStop;
+        Make(script);
+        const ServiceHandle service = Open();
+        ServiceStatus status;
+        if (c.stop) {
+            ASSERT_TRUE(m_control->Control(service, platform::kServiceControlStop, status));
+        }
+        EXPECT_EQ(c.stop ? status.currentState : StateOf(service), c.pending) << c.what;
+        m_clock.Sleep(c.sleepMs - 1);
+        EXPECT_EQ(StateOf(service), c.pending) << c.what;
+        m_clock.Sleep(1);
+        EXPECT_EQ(StateOf(service), c.settled) << c.what;
+    }
+}
+
+// Each failure a caller can meet leaves Windows' code in the last error and the state as it was.
+TEST_F(SimServiceControlTest, FailuresLeaveTheirCodeInTheLastError) {
+    enum Call { start, stop, query };
+    struct Failure {
+        const char* what;
+        uint32_t initial;
+        uint32_t rights;
+        Call call;
+        uint32_t scriptedError;  // the start, stop or query error of the script
+        bool disabled;
+        uint32_t error;
+    };
+    constexpr uint32_t kAll = access::all_access;
+    for (const Failure& f : {
+             Failure{"disabled", state::stopped, kAll, start, 0, true, 1058},
+             Failure{"scripted start refusal", state::stopped, kAll, start, 1069, false, 1069},
+             Failure{"already running", state::running, kAll, start, 0, false, 1056},
+             Failure{"paused is not stopped", state::paused, kAll, start, 0, false, 1056},
+             Failure{"start without the right", state::stopped, access::query_status, start, 0,
+                     false, 5},
+             Failure{"stop of a stopped service", state::stopped, kAll, stop, 0, false, 1062},
+             Failure{"scripted stop refusal", state::running, kAll, stop, 1061, false, 1061},
+             Failure{"stop without the right", state::running, access::query_status | access::start,
+                     stop, 0, false, 5},
+             Failure{"scripted query failure", state::running, kAll, query, 6, false, 6},
+             Failure{"query without the right", state::running, access::start, query, 0, false, 5},
+         }) {
+        ServiceScript script = Stopped();
+        script.state = f.initial;
+        script.startType = f.disabled ? StartType::disabled : StartType::demand;
+        (f.call == start  ? script.startError
+         : f.call == stop ? script.stopError
+                          : script.queryError) = f.scriptedError;
+        Make(script);
+        const ServiceHandle service = Open(f.rights);
+        qm::set_last_error(0);
+        ServiceStatus status;
+        const bool succeeded =
+            f.call == start  ? m_control->Start(service)
+            : f.call == stop ? m_control->Control(service, platform::kServiceControlStop, status)
+                             : m_control->QueryStatus(service, status);
+        EXPECT_FALSE(succeeded) << f.what;
+        EXPECT_EQ(qm::get_last_error(), f.error) << f.what;
+        EXPECT_EQ(m_control->Snapshot().services.at(u"W3SVC").state, f.initial) << f.what;
+    }
+}
 
 TEST_F(SimServiceControlTest, OpeningFailsAsTheManagerDoes) {
     Make(Stopped(), 120);
