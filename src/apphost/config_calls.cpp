@@ -33,4 +33,22 @@ std::vector<qm::wstring> SplitText(qm::wstring_view text, char16_t separator, bo
     }
 }
 
+qm::wstring JoinPath(const qm::wstring& first, const qm::wstring& second) {
+    if (second.empty()) {
+        return first;
+    }
+    if (first.empty()) {
+        return second;
+    }
+    const bool firstEnds = first.back() == u'\\';
+    const bool secondStarts = second.front() == u'\\';
+    if (firstEnds && secondStarts) {
+        return first + second.substr(1);
+    }
+    if (!firstEnds && !secondStarts) {
+        return first + u'\\' + second;
+    }
+    return first + second;
+}
+
 }  // namespace webrig::apphost

@@ -3,6 +3,7 @@
 // commit of the session.
 
 #include "apphost/iis_functions_vista.h"
+#include "support/format.h"
 #include "support/status_codes.h"
 
 int32_t CIisFunctionsVista::SetFormsAuthentication(bool effective, bool own) {

@@ -2,6 +2,7 @@
 // extensions that have none. An existing map is never changed.
 
 #include "apphost/iis_functions_vista.h"
+#include "support/format.h"
 
 int32_t CIisFunctionsVista::InstallMimeTypes(
     MetadataHandle, const std::vector<std::unique_ptr<CIISMimeMapProp>>& mimeMaps) {

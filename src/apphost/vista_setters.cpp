@@ -57,9 +57,9 @@ void CIisFunctionsVista::LogUnsupportedProperty() {
 }
 
 int32_t CIisFunctionsVista::SetVRtDWProperty(uint32_t identifier, uint32_t, uint32_t value) {
-    return SetProperty(qm::format(u"SetVRtDWProperty for property '%d' with value '%d'.",
-                                  identifier, value),
-                       [&] { return TranslateDWordProperty(identifier, value); });
+    return SetProperty(
+        qm::format(u"SetVRtDWProperty for property '%d' with value '%d'.", identifier, value),
+        [&] { return TranslateDWordProperty(identifier, value); });
 }
 
 int32_t CIisFunctionsVista::SetVRtStrProperty(uint32_t identifier, uint32_t, uint32_t,

@@ -84,8 +84,8 @@ int32_t CIisFunctionsVista::SetHandlerMappings(const qm::wstring& appMaps) {
         const bool isNew = !handler;
         if (isNew) {
             handler = CreateNewElement(collection, u"add");
-            attributes = {{u"name", extension}, {u"modules", u"IsapiModule"},
-                          {u"resourceType", u"File"}};
+            attributes = {
+                {u"name", extension}, {u"modules", u"IsapiModule"}, {u"resourceType", u"File"}};
         }
         attributes.emplace_back(u"path", extension);
         attributes.emplace_back(u"scriptProcessor", pieces.size() > 1 ? pieces[1] : u"");

@@ -50,13 +50,12 @@ int32_t CIisFunctionsVista::SetAuthentication(uint32_t flags) {
 int32_t CIisFunctionsVista::SetSectionAttribute(const qm::wstring& sectionName,
                                                 const qm::wstring& attribute,
                                                 const qm::wstring& value) {
-    return PutPropertyValue(GetAdminSection(sectionName, GetCommitPath()), attribute, value,
-                            false);
+    return PutPropertyValue(GetAdminSection(sectionName, GetCommitPath()), attribute, value, false);
 }
 
 // The ASP limits always go into the main file, at the location of the item.
-int32_t CIisFunctionsVista::SetAspLimit(const qm::wstring& childName,
-                                        const qm::wstring& attribute, const qm::wstring& value) {
+int32_t CIisFunctionsVista::SetAspLimit(const qm::wstring& childName, const qm::wstring& attribute,
+                                        const qm::wstring& value) {
     const qm::wstring location = GetCommitPath();
     PutCommitPath(kAppHostPath);
     const ElementPtr asp = GetAdminSection(kAspSection, location);
