@@ -208,5 +208,192 @@ TEST_F(ItemSettingsTest, SiteAndApplicationSettingsLandInTheirWebConfigOrTheirLo
     }
 }
 
+// The mode is not committed by SetFormsAuthentication: the next setting's commit carries it.
+TEST_F(ItemSettingsTest, TheFormsModeRidesOnTheNextCommit) {
+    const std::string authentication = "/configuration/system.web/authentication";
+    const struct {
+        bool effective, own;
+        std::string file, check;
+    } cases[] = {
+        {false, false, "shop/app", "not(" + authentication + ")"},
+        {true, false, "shop/app", authentication + "[@mode='Windows']"},
+        {true, true, "shop", authentication + "[@mode='Forms']"},
+    };
+    for (const auto& c : cases) {
+        const Item item = c.file == "shop" ? Item::site : Item::app;
+        backend.OpenKeyToWebsite(&website, nullptr, item == Item::app ? app.get() : nullptr);
+        const std::string before = Text(c.file);
+        EXPECT_EQ(backend.SetFormsAuthentication(c.effective, c.own), 0);
+        EXPECT_EQ(Text(c.file), before);
+        Run({{item, D, 6016, 0x201, u"", 0, c.file, c.check}});
+    }
+}
+
+TEST_F(ItemSettingsTest, MimeMapsAreAddedOnlyForNewExtensions) {
+    const auto maps = [](std::vector<std::pair<std::u16string, std::u16string>> list) {
+        std::vector<std::unique_ptr<CIISMimeMapProp>> result;
+        for (auto& [extension, type] : list) {
+            result.push_back(std::make_unique<CIISMimeMapProp>());
+            result.back()->Extension = extension;
+            result.back()->Type = type;
+        }
+        return result;
+    };
+    const std::string staticContent = kWeb + "/staticContent/mimeMap";
+    backend.OpenKeyToWebsite(&website, nullptr, app.get());
+    const size_t logged = backend.log.size();
+    EXPECT_EQ(backend.InstallMimeTypes({}, maps({{u".JSON", u"text/json"}, {u".htm", u"x/y"}})), 0);
+    EXPECT_FALSE(std::filesystem::exists(File("shop/app")));
+    EXPECT_TRUE(std::none_of(backend.log.begin() + logged, backend.log.end(),
+                             [](auto& line) { return line.starts_with("CommitChanges"); }));
+    EXPECT_EQ(backend.InstallMimeTypes({}, maps({{u".webp", u"image/webp"}, {u".json", u"x/y"}})),
+              0);
+    EXPECT_TRUE(Holds("shop/app", "count(" + staticContent + ")=1 and " + staticContent +
+                                      "[@fileExtension='.webp' and @mimeType='image/webp']"));
+    EXPECT_EQ(backend.GetCommitPath(), u"MACHINE/WEBROOT/APPHOST/Shop/app");
+}
+
+// Without the handlers section there is nothing to add the maps to: nothing is written.
+TEST_F(ItemSettingsTest, ApplicationMapsFailWithoutTheHandlersSection) {
+    IisConfigMachine::WriteText(File("shop/app"), R"(<?xml version="1.0" encoding="UTF-8"?>
+<configuration><system.webServer><handlers><bogus /></handlers></system.webServer></configuration>)");
+    const std::string stock = AppHostElements();
+    Run({{Item::app, M, 6014, 0, u".abc,C:\\x.dll,1;", qm::status::handlers_unavailable, "", ""}});
+    EXPECT_EQ(AppHostElements(), stock);
+}
+
+// netsh binds the hash to the site's address; its own exit code (1 here: the store does not
+// hold the certificate) does not fail the install.
+TEST_F(ItemSettingsTest, TheCertificateHashIsBoundByNetsh) {
+    const std::byte hash[] = {std::byte{0xAB}, std::byte{0x01}, std::byte{0xFF}};
+    const struct {
+        std::u16string ip;
+        std::string ipport;
+    } cases[] = {{u"", "0.0.0.0:8080"}, {u"10.0.0.5", "10.0.0.5:8080"}};
+    for (const auto& c : cases) {
+        website.IPAddress = c.ip;
+        ASSERT_TRUE(backend.FindSiteWithId(website));
+        EXPECT_EQ(backend.SetVRtBinProperty(5506, 1, hash, sizeof hash), 0);
+        const std::string journal =
+            IisConfigMachine::ReadText(sim::ProcessJournalPath(platform.temp().path()));
+        EXPECT_NE(journal.find(R"({"commandLine":"\"C:\\Windows\\system32\\netsh.exe\" http add )"
+                               R"(sslcert ipport=)" +
+                               c.ipport +
+                               R"( certhash=\"AB01FF\" appid={00112233-4455-6677-8899-)"
+                               R"(AABBCCDDEEFF}","executable":"C:\\Windows\\SysWOW64\\netsh.exe",)"
+                               R"("exitCode":1)"),
+                  std::string::npos)
+            << journal;
+    }
+    EXPECT_EQ(backend.Count("netsh add retval: 1"), 2u);
+    std::filesystem::remove(Drive("Windows/SysWOW64/netsh.exe"));
+    EXPECT_EQ(backend.SetVRtBinProperty(5506, 1, hash, sizeof hash),
+              qm::status::certificate_import_failed);
+    EXPECT_TRUE(
+        backend.Logged("Could not find path 'C:\\Windows\\system32\\netsh.exe' while "
+                       "setting SSL properties. uResult = '19'"));
+}
+
+TEST_F(ItemSettingsTest, AspNetBitnessFollowsThePoolsThirtyTwoBitFlag) {
+    EditAppHost(R"(<add name="ShopPool")",
+                R"(<add name="Pool32" enable32BitAppOnWin64="true" />)"
+                R"(<add name="PoolCapital" enable32BitAppOnWin64="True" />)"
+                R"(<add name="ShopPool")");
+    const struct {
+        std::u16string pool, requested;
+        bool safe;
+    } cases[] = {
+        {u"Pool32", u"x86", true},
+        {u"Pool32", u"x64", false},
+        // The configuration system reads "True" as the boolean and gives its text as "true".
+        {u"PoolCapital", u"x86", true},
+        {u"PoolCapital", u"x64", false},
+        {u"", u"x86", false},
+        {u"", u"amd64", true},
+        {u"Missing", u"x64", false},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(backend.CheckAspNetBitness(c.pool, c.requested), c.safe)
+            << qm::to_utf8(c.pool) << " " << qm::to_utf8(c.requested);
+    }
+}
+
+// One pool and one application with every setting, in the order the install writes them; the
+// files are compared with reviewed copies (secrets, which are encrypted afresh each time, stand
+// as "[enc:...]").
+TEST_F(ItemSettingsTest, EverySettingOfAPoolAndAnApplication) {
+    Run({
+        {Item::pool, D, 9005, 15, u"", 0, "apphost", "true()"},
+        {Item::pool, D, 9003, 2, u"", 0, "apphost", "true()"},
+        {Item::pool, D, 9002, 10000, u"", 0, "apphost", "true()"},
+        {Item::pool, D, 9001, 1500, u"", 0, "apphost", "true()"},
+        {Item::pool, D, 9017, 4000, u"", 0, "apphost", "true()"},
+        {Item::pool, D, 9043, 1, u"", 0, "apphost", "true()"},
+        {Item::pool, L, 9020, 0, u"03:00;15:30", 0, "apphost", "true()"},
+        {Item::pool, D, 9023, 50000, u"", 0, "apphost", "true()"},
+        {Item::pool, D, 2144, 5, u"", 0, "apphost", "true()"},
+        {Item::pool, D, 9022, 1, u"", 0, "apphost", "true()"},
+        {Item::pool, D, 9021, 3, u"", 0, "apphost", "true()"},
+        {Item::pool, S, 7501, 0, u"DOM\\svc", 0, "apphost", "true()"},
+        {Item::pool, S, 7502, 0, u"Pool$ecret", 0, "apphost", "true()"},
+    });
+    pool.ManagedRuntimeVersion = u"v2.0";
+    pool.ManagedPipelineMode = u"Classic";
+    pool.Enable32bitAppOnWin64 = u"true";
+    EXPECT_EQ(backend.SetAppPoolProperties(pool), 0);
+
+    backend.OpenKeyToWebsite(&website, nullptr, app.get());
+    EXPECT_EQ(backend.SetFormsAuthentication(true, true), 0);
+    Run({
+        {Item::app, S, 3001, 0, u"C:\\shop\\app", 0, "", ""},
+        {Item::app, S, 2102, 0, u"app", 0, "", ""},
+        {Item::app, S, 1002, 0, u"IIsWebVirtualDir", 0, "", ""},
+        {Item::app, D, 6016, 0x201, u"", 0, "shop/app", "true()"},
+        {Item::app, D, 6005, 0x80000000, u"", 0, "shop/app", "true()"},
+        {Item::app, D, 7007, 30, u"", 0, "apphost", "true()"},
+        {Item::app, D, 7006, 120, u"", 0, "apphost", "true()"},
+        {Item::app, D, 6000, 4, u"", 0, "apphost", "true()"},
+        {Item::app, S, 6020, 0, u"DOM\\anon", 0, "apphost", "true()"},
+        {Item::app, D, 6022, 0, u"", 0, "", ""},
+        {Item::app, S, 6021, 0, u"Anon$ecret", 0, "apphost", "true()"},
+        {Item::app, D, 6039, 0, u"", 0, "", ""},
+        {Item::app, D, 6023, 1, u"", 0, "apphost", "true()"},
+        {Item::app, D, 2104, 1, u"", 0, "", ""},
+        {Item::app, S, 6006, 0, u"default.aspx,index.htm", 0, "shop/app", "true()"},
+        {Item::app, L, 6008, 0, u"404,0,URL,/notfound.aspx;500,100,FILE,C:\\err\\500.htm", 0,
+         "shop/app", "true()"},
+        {Item::app, M, 6014, 0, u".abc,C:\\x\\isapi.dll,1;.def,C:\\x\\isapi.dll,5,GET,POST;", 0,
+         "shop/app", "true()"},
+        {Item::app, S, 9101, 0, u"ShopPool", 0, "", ""},
+    });
+    EXPECT_EQ(backend.SetDynamicMetaDataProperties(*app), 0);
+    std::vector<std::unique_ptr<CIISMimeMapProp>> maps(1);
+    maps[0] = std::make_unique<CIISMimeMapProp>();
+    maps[0]->Extension = u".webp";
+    maps[0]->Type = u"image/webp";
+    EXPECT_EQ(backend.InstallMimeTypes({}, maps), 0);
+
+    const auto part = [](std::string text, const std::string& from, const std::string& to) {
+        text = text.substr(text.find(from));
+        text = text.substr(0, text.find(to) + to.size());
+        for (size_t at; (at = text.find("[enc:AesProvider:")) != std::string::npos;) {
+            text.replace(at, text.find(":enc]", at) + 5 - at, "[enc:...]");
+        }
+        return text;
+    };
+    const std::string appHost = Text("apphost");
+    const std::string written = part(appHost, "<add name=\"ShopPool\"", "</add>") + "\r\n" +
+                                part(appHost, "<location path=\"Shop/app\">", "</location>") +
+                                "\r\n" +
+                                part(Text("shop/app"), "<configuration>", "</configuration>");
+    const char* data = std::getenv("WEBRIG_TEST_DATA");
+    ASSERT_NE(data, nullptr);
+    const auto expected = std::filesystem::path(data) / "apphost" / "every_setting.config";
+    if (std::getenv("WEBRIG_WRITE_EXPECTED") != nullptr) {
+        IisConfigMachine::WriteText(expected, written);
+    }
+    EXPECT_EQ(written, IisConfigMachine::ReadText(expected));
+}
+
 }  // namespace
 }  // namespace webrig::testing
