@@ -130,8 +130,8 @@ class CIisFunctionsVista {
     static qm::wstring FormatNumber(int32_t number);
     // "hh:mm:ss", hours not wrapped at a day: 90061 gives "25:01:01".
     static qm::wstring FormatTimeSpanFromSeconds(int32_t seconds);
-    // "[d.]hh:mm:00": 1500 gives "1.01:00:00".
-    static qm::wstring FormatTimeSpanFromMinutes(int32_t minutes);
+    // "[d.]hh:mm:00": 1500 gives "1.01:00:00". The count is unsigned, as the DWORD it comes from.
+    static qm::wstring FormatTimeSpanFromMinutes(uint32_t minutes);
     // IIS 6 access flags as the flags text of "accessPolicy": 0x205 gives "Script, Execute, Read".
     static qm::wstring FormatAccessPolicy(uint32_t flags);
 

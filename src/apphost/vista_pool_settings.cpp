@@ -31,7 +31,7 @@ const char16_t* IdentityTypeName(uint32_t identityType) {
 
 std::optional<int32_t> CIisFunctionsVista::SetAppPoolDWordProperty(uint32_t identifier,
                                                                    uint32_t value) {
-    const auto minutes = [value] { return FormatTimeSpanFromMinutes(static_cast<int32_t>(value)); };
+    const auto minutes = [value] { return FormatTimeSpanFromMinutes(value); };
     const auto decimal = [value] { return FormatNumber(static_cast<int32_t>(value)); };
     const auto set = [this](const char16_t* elementPath, const char16_t* attribute,
                             const qm::wstring& text) {
@@ -102,8 +102,13 @@ bool CIisFunctionsVista::CheckAspNetBitness(const qm::wstring& poolName,
         u"IIS7 check for ASP.NET version bitness on application pool '%s', install is requesting "
         u"'%s'",
         pool, requestedBitness));
-    const ElementPtr section = GetAdminSection(kAppPoolsSection, kAppHostPath);
-    const ElementPtr element = FindElementInCollection(section, u"name", pool, u"", u"", false);
+    ElementPtr element;
+    try {
+        element = FindElementInCollection(GetAdminSection(kAppPoolsSection, kAppHostPath), u"name",
+                                          pool, u"", u"", false);
+    } catch (...) {
+        LogMessage(u"Exception caught in CheckAspNetBitness");
+    }
     if (!element) {
         LogMessage(u"Failed to locate application pool. Assuming change in bitness is not safe.");
         return false;

@@ -102,8 +102,7 @@ int32_t CIisFunctionsVista::SetVRtMultiszProperty(uint32_t identifier, uint32_t,
 // Only the certificate hash has a meaning here; it is bound without the commit frame.
 int32_t CIisFunctionsVista::SetVRtBinProperty(uint32_t identifier, uint32_t userType,
                                               const std::byte* data, uint32_t byteLength) {
-    LogMessage(qm::format(u"SetVRtBinProperty for property '%d' with length '%d'.", identifier,
-                          byteLength));
+    LogMessage(qm::format(u"SetVRtBinProperty for property '%d'.", identifier));
     if (identifier == kCertificateHash) {
         return SetSsl(userType, data, byteLength);
     }
@@ -138,8 +137,7 @@ std::optional<int32_t> CIisFunctionsVista::TranslateDWordProperty(uint32_t ident
             return SetAspLimit(u"limits", u"scriptTimeout",
                                FormatTimeSpanFromSeconds(static_cast<int32_t>(value)));
         case kAspSessionTimeout:
-            return SetAspLimit(u"session", u"timeout",
-                               FormatTimeSpanFromMinutes(static_cast<int32_t>(value)));
+            return SetAspLimit(u"session", u"timeout", FormatTimeSpanFromMinutes(value));
         default:
             LogUnsupportedProperty();
             return std::nullopt;
