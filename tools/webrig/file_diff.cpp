@@ -58,14 +58,31 @@ std::string UnifiedDiff(const std::string& path, const std::string* before,
         (after != nullptr && !AsText(*after, newText))) {
         return "Binary files " + oldName + " and " + newName + " differ\n";
     }
-    dtl::Diff<std::string> diff(Lines(oldText), Lines(newText));
+    const std::vector<std::string> oldLines = Lines(oldText);
+    const std::vector<std::string> newLines = Lines(newText);
+    dtl::Diff<std::string> diff(oldLines, newLines);
     diff.onHuge();
     diff.compose();
     diff.composeUnifiedHunks();
-    std::ostringstream out;
-    out << "--- " << oldName << "\n+++ " << newName << "\n";
-    diff.printUnifiedFormat(out);
-    return out.str();
+    std::ostringstream hunks;
+    diff.printUnifiedFormat(hunks);
+    std::string text = hunks.str();
+    // An empty side starts at line 0, as diff and patch write it.
+    const auto startAtZero = [&text](const std::string& from, const std::string& to) {
+        if (text.starts_with(from)) {
+            text.replace(0, from.size(), to);
+        }
+    };
+    if (oldLines.empty()) {
+        startAtZero("@@ -1,0 ", "@@ -0,0 ");
+    }
+    if (newLines.empty()) {
+        const size_t at = text.find(" +1,0 @@");
+        if (at != std::string::npos && at < text.find('\n')) {
+            text.replace(at, 8, " +0,0 @@");
+        }
+    }
+    return "--- " + oldName + "\n+++ " + newName + "\n" + text;
 }
 
 std::string DiffMachineFiles(const MachineFiles& before, const MachineFiles& after) {
