@@ -106,9 +106,15 @@ int CreateMachine(const CreateRequest& request, std::ostream& out) {
                                                     std::filesystem::is_empty(target, error))) {
         throw InputError(target.string() + " already exists and is not an empty folder");
     }
-    std::string pattern = (target.parent_path() / ".webrig-new-XXXXXX").string();
+    // The new machine is made in the nearest folder that exists, so that a refusal leaves no
+    // folder behind, and is renamed into place.
+    std::filesystem::path existing = target.parent_path();
+    while (!std::filesystem::exists(existing, error) && existing.has_relative_path()) {
+        existing = existing.parent_path();
+    }
+    std::string pattern = (existing / ".webrig-new-XXXXXX").string();
     if (::mkdtemp(pattern.data()) == nullptr) {
-        throw InputError("cannot create a folder in " + target.parent_path().string());
+        throw InputError("cannot create a folder in " + existing.string());
     }
     const std::filesystem::path staging = pattern;
     try {
@@ -120,6 +126,7 @@ int CreateMachine(const CreateRequest& request, std::ostream& out) {
             CheckApplicationHost(staging, request.apphost);
         }
         std::filesystem::remove(target, error);
+        std::filesystem::create_directories(target.parent_path());
         std::filesystem::rename(staging, target);
     } catch (const sim::MachineError& problem) {
         std::filesystem::remove_all(staging, error);
