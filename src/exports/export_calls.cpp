@@ -31,11 +31,13 @@ int32_t WithRuntime(Work&& work) noexcept {
 template <class Applies>
 int32_t Uninstall(Applies&& applies) noexcept {
     return WithRuntime([&](CIISProRuntime& runtime) {
+        runtime.lastStatus = 0;
         if (!applies(runtime.propertyBag)) {
             return 0;
         }
         const std::unique_ptr<CIISProVRootController> controller = runtime.BuildController();
-        if (runtime.OpenUninstallSession(*controller) != 0) {
+        runtime.lastStatus = runtime.OpenUninstallSession(*controller);
+        if (runtime.lastStatus != 0) {
             return 0;
         }
         // The removal of the named item comes with the uninstall orchestration.
@@ -65,7 +67,7 @@ int32_t Initialize(const qm::wstring& settingsFile, uint32_t hostContext) {
 }
 
 int32_t InitializeOn(std::shared_ptr<platform::Platform> platform, const qm::wstring& settingsFile,
-                     uint32_t hostContext) {
+                     uint32_t hostContext, std::unique_ptr<IIISEvent> sink) {
     try {
         CIISProRuntime& runtime =
             ReplaceRuntime(std::make_unique<CIISProRuntime>(std::move(platform)));
@@ -73,7 +75,10 @@ int32_t InitializeOn(std::shared_ptr<platform::Platform> platform, const qm::wst
         const platform::ModuleHandle hostModule =
             runtime.platform().modules().FindModule(host::kHostModuleName);
         CIISProIniLoader loader(runtime.platform(), settingsFile, hostModule, hostContext);
-        runtime.Initialize(loader, std::make_unique<CIISProEvent>(), hostContext);
+        if (sink == nullptr) {
+            sink = std::make_unique<CIISProEvent>();
+        }
+        runtime.lastStatus = runtime.Initialize(loader, std::move(sink), hostContext);
     } catch (...) {
         // Whatever failed, the host is told 0; a later call finds what was stored.
     }
@@ -82,13 +87,14 @@ int32_t InitializeOn(std::shared_ptr<platform::Platform> platform, const qm::wst
 
 int32_t Uninitialize() {
     return WithRuntime([](CIISProRuntime& runtime) {
-        runtime.RestartW3cService();
+        runtime.lastStatus = runtime.RestartW3cService();
         return 0;
     });
 }
 
 int32_t ComponentInstall(const qm::wstring& component, void* operations) {
     return WithRuntime([&](CIISProRuntime& runtime) {
+        runtime.lastStatus = 0;
         if (runtime.installedComponents.contains(component)) {
             return 0;
         }
@@ -105,7 +111,7 @@ int32_t ComponentInstall(const qm::wstring& component, void* operations) {
                                u"of component %s are not recorded",
                                static_cast<uint32_t>(error.error()), component));
             }
-            runtime.ComponentInstall(*controller, component);
+            runtime.lastStatus = runtime.ComponentInstall(*controller, component);
         }
         runtime.installedComponents.insert(component);
         return 0;
@@ -118,6 +124,7 @@ int32_t CheckForContinue(const qm::wstring& component, int32_t continueWithoutII
         return kNoRuntime;
     }
     try {
+        runtime->lastStatus = 0;
         return runtime->CheckForContinue(component, continueWithoutIIS);
     } catch (...) {
         return 0;
@@ -138,6 +145,11 @@ int32_t AppPoolUninstall(const qm::wstring& /*name*/) {
 
 int32_t WebServiceExtensionUninstall(const qm::wstring& /*name*/) {
     return Uninstall(IisWorkOnIis6);
+}
+
+int32_t LastStatus() noexcept {
+    const CIISProRuntime* const runtime = CurrentRuntime();
+    return runtime == nullptr ? kNoRuntime : runtime->lastStatus;
 }
 
 }  // namespace webrig::exports

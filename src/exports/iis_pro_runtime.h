@@ -62,6 +62,9 @@ class CIISProRuntime final {
     std::unique_ptr<IIISEvent> eventSink;
     uint32_t hostContext = 0;
     std::set<qm::wstring> installedComponents;
+    // The status of the operation behind the latest export call, for hosts that embed webrig
+    // (the exports themselves never pass it on).
+    int32_t lastStatus = 0;
 
   private:
     webrig::services::ServiceContext ServiceContext();
