@@ -88,35 +88,43 @@ class Win32CertificatesTest : public ::testing::Test {
     const std::map<std::string, std::string> thumbprints = ExpectedThumbprints();
 };
 
+// The DER certificate goes in by its bytes, the PEM one as the context the file gave.
 TEST_F(Win32CertificatesTest, DerAndPemFilesAreReadWithTheirFormatAndAddedToTheMachinesStore) {
     ASSERT_EQ(thumbprints.size(), 3u) << "thumbprints.txt from the certificate maker";
     const CertStore my = certificates.OpenLocalMachineStore(u"MY", kEncoding, 0);
     ASSERT_NE(my, kNoCertStore) << qm::get_last_error();
     const struct {
-        const wchar_t* file;
         const char* kind;
+        const wchar_t* file;
         uint32_t format;
-    } files[] = {{L"certificate.der", "der", platform::cert_format::binary},
-                 {L"certificate.pem", "pem", platform::cert_format::base64}};
-    for (const auto& file : files) {
-        SCOPED_TRACE(file.kind);
-        const std::string thumbprint = thumbprints.at(file.kind);
+        bool byBytes;
+    } files[] = {{"der", L"certificate.der", platform::cert_format::binary, true},
+                 {"pem", L"certificate.pem", platform::cert_format::base64, false}};
+    for (const auto& [kind, file, format, byBytes] : files) {
+        SCOPED_TRACE(kind);
         platform::CertQueryResult query;
-        ASSERT_TRUE(certificates.QueryFileObject(Utf16(CertificateFolder() + file.file), query))
+        ASSERT_TRUE(certificates.QueryFileObject(Utf16(CertificateFolder() + file), query))
             << std::hex << qm::get_last_error();
         EXPECT_EQ(query.contentType, platform::cert_content::certificate);
-        EXPECT_EQ(query.formatType, file.format);
-        EXPECT_NE(query.encodingType & platform::cert_encoding::x509_asn, 0u);
+        EXPECT_EQ(query.formatType, format);
         ASSERT_NE(query.context, kNoCertContext);
-        EXPECT_EQ(Thumbprint(query.context), thumbprint) << "computed when asked";
-
+        EXPECT_EQ(Thumbprint(query.context), thumbprints.at(kind)) << "computed when asked";
+        uint32_t encoding = 0;
+        std::vector<std::byte> encoded;
+        ASSERT_TRUE(certificates.ContextEncoded(query.context, encoding, encoded));
+        EXPECT_EQ(encoding, platform::cert_encoding::x509_asn);
         CertContext added = kNoCertContext;
-        ASSERT_TRUE(certificates.AddCertificateContext(my, query.context,
-                                                       cert_add::replace_existing, &added));
-        EXPECT_EQ(Thumbprint(added), thumbprint);
+        ASSERT_TRUE(byBytes ? certificates.AddEncodedCertificate(my, encoding, encoded,
+                                                                 cert_add::replace_existing, &added)
+                            : certificates.AddCertificateContext(
+                                  my, query.context, cert_add::replace_existing, &added));
+        EXPECT_EQ(Thumbprint(added), thumbprints.at(kind));
         EXPECT_TRUE(certificates.FreeContext(added));
         EXPECT_TRUE(certificates.FreeContext(query.context));
     }
+    EXPECT_FALSE(certificates.AddEncodedCertificate(my, platform::cert_encoding::x509_asn,
+                                                    std::vector<std::byte>(8), cert_add::always,
+                                                    nullptr));
     ASSERT_TRUE(certificates.CloseStore(my, 0));
 
     // A second opening sees what the first one stored, where Windows and the simulated machine
@@ -138,27 +146,6 @@ TEST_F(Win32CertificatesTest, DerAndPemFilesAreReadWithTheirFormatAndAddedToTheM
         certificates.FreeContext(found);
     }
     EXPECT_TRUE(certificates.CloseStore(again, 0));
-}
-
-TEST_F(Win32CertificatesTest, AnEncodedCertificateIsAddedFromItsBytes) {
-    platform::CertQueryResult query;
-    ASSERT_TRUE(
-        certificates.QueryFileObject(Utf16(CertificateFolder() + L"certificate.der"), query));
-    uint32_t encoding = 0;
-    std::vector<std::byte> encoded;
-    ASSERT_TRUE(certificates.ContextEncoded(query.context, encoding, encoded));
-    EXPECT_EQ(encoding, platform::cert_encoding::x509_asn);
-    certificates.FreeContext(query.context);
-
-    const CertStore my = certificates.OpenLocalMachineStore(u"MY", kEncoding, 0);
-    CertContext added = kNoCertContext;
-    ASSERT_TRUE(
-        certificates.AddEncodedCertificate(my, encoding, encoded, cert_add::use_existing, &added));
-    EXPECT_EQ(Thumbprint(added), thumbprints.at("der"));
-    EXPECT_FALSE(certificates.AddEncodedCertificate(my, encoding, std::vector<std::byte>(8),
-                                                    cert_add::always, nullptr));
-    EXPECT_TRUE(certificates.FreeContext(added));
-    EXPECT_TRUE(certificates.CloseStore(my, 0));
 }
 
 TEST_F(Win32CertificatesTest, APfxIsImportedWithItsKeyAndItsCertificateStoredWithTheKey) {
