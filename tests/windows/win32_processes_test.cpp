@@ -21,7 +21,6 @@ class Win32ProcessesTest : public ::testing::Test {
     ~Win32ProcessesTest() override {
         ::SetEnvironmentVariableW(L"WEBRIG_STAND_IN_JOURNAL", nullptr);
         ::SetEnvironmentVariableW(L"WEBRIG_STAND_IN_EXIT_CODE", nullptr);
-        ::DeleteFileW(journal.c_str());
     }
 
     // What the stand-in wrote: its command lines, one a line.
