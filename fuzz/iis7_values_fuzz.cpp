@@ -58,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     if (const std::optional<qm::wstring> stored = NormalizeAttributeText(attribute, text)) {
         Check(NormalizeAttributeText(attribute, *stored) == stored);
-        const platform::Variant value = ReadAttributeValue(attribute, *stored);
+        const webrig::platform::Variant value = ReadAttributeValue(attribute, *stored);
         switch (attribute.type) {
             case AttributeType::string:
                 Check(std::get<qm::wstring>(value) == *stored);

@@ -27,7 +27,8 @@ if(NOT exports STREQUAL expected)
 endif()
 
 string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${headers}")
-set(system advapi32.dll kernel32.dll msvcrt.dll ole32.dll oleaut32.dll shlwapi.dll user32.dll)
+set(system advapi32.dll crypt32.dll kernel32.dll msvcrt.dll ole32.dll oleaut32.dll shlwapi.dll
+    user32.dll)
 set(foreign)
 set(names)
 foreach(import IN LISTS imports)

@@ -1,6 +1,6 @@
 // The COM side of the Win32 layer under Wine: BSTRs and VARIANT conversion by OLE Automation
-// itself, the host's operation objects reached by their vtable slots, and the thread's error
-// information carried into qm::com_exception.
+// itself, the host's operation objects reached by their vtable slots, the thread's error
+// information carried into qm::com_exception, and ADSI without IIS's provider.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -88,6 +88,37 @@ TEST_F(Win32ComTest, TheThreadsErrorInformationTravelsInTheComException) {
     EXPECT_STREQ(error.what(), "COM error 0x80070005: Cannot write configuration file");
     // The information is taken: a later failure does not repeat it.
     EXPECT_EQ(win32::ComError(E_FAIL).description(), u"");
+}
+
+TEST_F(Win32ComTest, ActiveDsIsLoadedByPathAndItsFunctionFoundByName) {
+    const ScratchFolder folder;
+    const struct {
+        std::wstring path;
+        uint32_t error;
+    } cases[] = {
+        {folder.path() + L"\\absent.dll", qm::win32::mod_not_found},
+        {ProgramFolder() + L"\\QMRT.dll", qm::win32::proc_not_found},
+        {folder.Write(L"activeds.dll", std::vector<std::byte>(64, std::byte{'x'})),
+         platform::kErrorBadExeFormat},
+    };
+    for (const auto& [path, error] : cases) {
+        std::unique_ptr<platform::ActiveDs> library;
+        EXPECT_EQ(platform.adsi().LoadActiveDs(Utf16(path), library), error);
+        EXPECT_EQ(library, nullptr);
+    }
+}
+
+TEST_F(Win32ComTest, WithoutIisAdsiHasNoIisWebServiceObject) {
+    std::unique_ptr<platform::ActiveDs> library;
+    ASSERT_EQ(platform.adsi().LoadActiveDs(platform.system().SystemDirectory() + u"\\activeds.dll",
+                                           library),
+              0u);
+    std::unique_ptr<platform::IisWebService> service;
+    // Windows without IIS's ADSI provider answers E_ADS_BAD_PATHNAME; Wine 8's activeds.dll,
+    // which knows no "IIS:" provider either, answers E_FAIL.
+    const qm::hresult hr = library->GetWebService(u"IIS://localhost/w3svc", service);
+    EXPECT_TRUE(hr == platform::adsi_error::bad_pathname || hr == qm::hr::fail) << std::hex << hr;
+    EXPECT_EQ(service, nullptr);
 }
 
 }  // namespace

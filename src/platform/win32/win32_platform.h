@@ -2,7 +2,9 @@
 // Windows itself behind the seam: one object per area, each over the real API.
 
 #include "platform/platform.h"
+#include "platform/win32/win32_adsi.h"
 #include "platform/win32/win32_automation.h"
+#include "platform/win32/win32_certificates.h"
 #include "platform/win32/win32_clock.h"
 #include "platform/win32/win32_code_page.h"
 #include "platform/win32/win32_com_classes.h"
@@ -10,6 +12,7 @@
 #include "platform/win32/win32_host_objects.h"
 #include "platform/win32/win32_iis_configuration.h"
 #include "platform/win32/win32_modules.h"
+#include "platform/win32/win32_processes.h"
 #include "platform/win32/win32_registry.h"
 #include "platform/win32/win32_service_control.h"
 #include "platform/win32/win32_system_info.h"
@@ -29,6 +32,9 @@ class Win32Platform final : public platform::Platform {
     platform::ServiceControl& services() override { return m_services; }
     platform::ComClasses& comClasses() override { return m_comClasses; }
     platform::IisConfiguration& iisConfiguration() override { return m_iisConfiguration; }
+    platform::Certificates& certificates() override { return m_certificates; }
+    platform::Processes& processes() override { return m_processes; }
+    platform::Adsi& adsi() override { return m_adsi; }
 
   private:
     Win32Registry m_registry;
@@ -42,6 +48,9 @@ class Win32Platform final : public platform::Platform {
     Win32ServiceControl m_services;
     Win32ComClasses m_comClasses;
     Win32IisConfiguration m_iisConfiguration;
+    Win32Certificates m_certificates;
+    Win32Processes m_processes;
+    Win32Adsi m_adsi;
 };
 
 }  // namespace webrig::win32
