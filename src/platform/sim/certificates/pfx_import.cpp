@@ -30,10 +30,14 @@ void FreeCertificates(STACK_OF(X509) * certificates) {
 using StackPtr = std::unique_ptr<STACK_OF(X509), Deleter<STACK_OF(X509), FreeCertificates>>;
 
 // Packets written by older tools use ciphers that OpenSSL 3 keeps in its legacy provider; the
-// default provider stays loaded beside it.
+// default provider stays loaded beside it. Loaded once, and unloaded at exit before OpenSSL's own
+// clean-up, which frees only providers nobody holds.
 void LoadLegacyCiphers() {
-    static const bool loaded = OSSL_PROVIDER_try_load(nullptr, "legacy", 1) != nullptr;
-    (void)loaded;
+    struct Unload {
+        void operator()(OSSL_PROVIDER* provider) const { OSSL_PROVIDER_unload(provider); }
+    };
+    static const std::unique_ptr<OSSL_PROVIDER, Unload> legacy(
+        OSSL_PROVIDER_try_load(nullptr, "legacy", 1));
 }
 
 bool EncodeCertificate(X509* certificate, SerializedCertificate& out) {
