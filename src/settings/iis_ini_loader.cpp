@@ -5,6 +5,7 @@
 #include <new>
 #include <optional>
 
+#include "settings/progress_identifiers.h"
 #include "settings/settings_file.h"
 #include "settings/uninstall_information.h"
 #include "support/case_insensitive.h"
@@ -25,31 +26,6 @@ constexpr char16_t kProgressMessages[] = u"ProgressMessages";
 constexpr char16_t kUninstallProps[] = u"UninstallProps";
 constexpr char16_t kRemoveUninstProps[] = u"RemoveUninstProps";
 constexpr char16_t kDefaultProgressText[] = u"Configuring IIS...";
-
-// Read in this order; the texts are shown by the install and uninstall steps.
-constexpr std::array<const char16_t*, 21> kProgressIdentifiers = {
-    u"PROGMSG_IIS_CREATEVROOT",
-    u"PROGMSG_IIS_CREATEVROOTS",
-    u"PROGMSG_IIS_CREATEAPPPOOLS",
-    u"PROGMSG_IIS_CREATEAPPPOOL",
-    u"PROGMSG_IIS_CREATEWEBSERVICEEXTENSIONS",
-    u"PROGMSG_IIS_CREATEWEBSERVICEEXTENSION",
-    u"PROGMSG_IIS_EXTRACT",
-    u"PROGMSG_IIS_EXTRACTDONE",
-    u"PROGMSG_IIS_REMOVEVROOT",
-    u"PROGMSG_IIS_REMOVEVROOTS",
-    u"PROGMSG_IIS_REMOVEAPPPOOL",
-    u"PROGMSG_IIS_REMOVEAPPPOOLS",
-    u"PROGMSG_IIS_REMOVEWEBSERVICEEXTENSION",
-    u"PROGMSG_IIS_REMOVEWEBSERVICEEXTENSIONS",
-    u"PROGMSG_IIS_REMOVESITE",
-    u"PROGMSG_IIS_ROLLBACKVROOTS",
-    u"PROGMSG_IIS_ROLLBACKAPPPOOLS",
-    u"PROGMSG_IIS_ROLLBACKWEBSERVICEEXTENSIONS",
-    u"PROGMSG_IIS_REMOVEWEBSITES",
-    u"PROGMSG_IIS_CREATEWEBSITE",
-    u"PROGMSG_IIS_CREATEWEBSITES",
-};
 
 qm::wstring Numbered(const char16_t* format, int32_t index) {
     return qm::format(format, index);
@@ -505,7 +481,7 @@ int32_t CIISIniLoader::ReadWebServiceExtension(const Reader& reader, CIISCompone
 }
 
 int32_t CIISIniLoader::ReadProgressMessages(const Reader& reader) {
-    for (const char16_t* identifier : kProgressIdentifiers) {
+    for (const char16_t* identifier : webrig::settings::kProgressIdentifiers) {
         qm::wstring text = reader.Raw(kProgressMessages, identifier, Reader::kProgressTextLimit,
                                       kDefaultProgressText);
         if (text.empty()) {

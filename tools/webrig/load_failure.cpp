@@ -1,5 +1,6 @@
 #include "load_failure.h"
 
+#include "settings/progress_identifiers.h"
 #include "support/case_insensitive.h"
 #include "support/decimal.h"
 #include "support/format.h"
@@ -33,37 +34,13 @@ class Walker {
             List(name + u"_WebSites", u"ws%d", qm::status::website_entry_missing,
                  &Walker::ListedWebsite);
         }
-        for (const char16_t* message : kProgressMessages) {
+        for (const char16_t* message : settings::kProgressIdentifiers) {
             NotEmpty(u"ProgressMessages", message, qm::status::progress_message_empty);
         }
     }
 
   private:
     using ItemVisitor = void (Walker::*)(const wstring&);
-
-    static constexpr const char16_t* kProgressMessages[] = {
-        u"PROGMSG_IIS_CREATEVROOT",
-        u"PROGMSG_IIS_CREATEVROOTS",
-        u"PROGMSG_IIS_CREATEAPPPOOLS",
-        u"PROGMSG_IIS_CREATEAPPPOOL",
-        u"PROGMSG_IIS_CREATEWEBSERVICEEXTENSIONS",
-        u"PROGMSG_IIS_CREATEWEBSERVICEEXTENSION",
-        u"PROGMSG_IIS_EXTRACT",
-        u"PROGMSG_IIS_EXTRACTDONE",
-        u"PROGMSG_IIS_REMOVEVROOT",
-        u"PROGMSG_IIS_REMOVEVROOTS",
-        u"PROGMSG_IIS_REMOVEAPPPOOL",
-        u"PROGMSG_IIS_REMOVEAPPPOOLS",
-        u"PROGMSG_IIS_REMOVEWEBSERVICEEXTENSION",
-        u"PROGMSG_IIS_REMOVEWEBSERVICEEXTENSIONS",
-        u"PROGMSG_IIS_REMOVESITE",
-        u"PROGMSG_IIS_ROLLBACKVROOTS",
-        u"PROGMSG_IIS_ROLLBACKAPPPOOLS",
-        u"PROGMSG_IIS_ROLLBACKWEBSERVICEEXTENSIONS",
-        u"PROGMSG_IIS_REMOVEWEBSITES",
-        u"PROGMSG_IIS_CREATEWEBSITE",
-        u"PROGMSG_IIS_CREATEWEBSITES",
-    };
 
     [[noreturn]] static void Fail(int32_t status, wstring_view section, wstring_view key,
                                   bool absent) {
