@@ -1,0 +1,163 @@
+// Creation of single items: which backend creation a virtual directory gets, what "already
+// exists" leaves alone, and the marker of a pool this installation created.
+
+#include <gtest/gtest.h>
+
+#include "controller/flow_fixture.h"
+#include "platform/sim/machine/machine_layout.h"
+#include "settings/uninstall_information.h"
+#include "testing/case_name.h"
+#include "testing/file_bytes.h"
+
+namespace webrig::testing {
+namespace {
+
+using ::testing::_;
+using ::testing::Return;
+
+enum class Creation { application, virtualDirectory, both };
+
+struct ItemTypeCase {
+    const char* what;
+    int32_t itemType;
+    Creation creation;
+};
+
+class VRootCreationTest : public FlowTest, public ::testing::WithParamInterface<ItemTypeCase> {
+  protected:
+    VRootCreationTest() {
+        website = bag.AddWebsite(u"Site").record;
+        website->SiteNumber = u"5";
+        website->Port = u"80";
+        vroot.ParentSite = u"Site";
+        vroot.DisplayName = u"shop";
+        EXPECT_CALL(backend(), OpenKeyToWebsite(nullptr, nullptr, nullptr)).WillOnce(Return(0));
+    }
+
+    CIISWebsiteProp* website = nullptr;
+    CIISVRootProp vroot;
+};
+
+TEST_P(VRootCreationTest, ItemTypeChoosesTheCreationAndAnExistingItemIsLeftAlone) {
+    vroot.ItemType = GetParam().itemType;
+    EXPECT_CALL(backend(), FindSiteWithId(_)).WillOnce(Return(true));
+    switch (GetParam().creation) {
+        case Creation::application:
+            EXPECT_CALL(backend(), CreateApplication(_, &vroot)).WillOnce(Return(183));
+            break;
+        case Creation::virtualDirectory:
+            EXPECT_CALL(backend(), CreateVirtualDirectory(_, _)).WillOnce(Return(183));
+            break;
+        case Creation::both:
+            EXPECT_CALL(backend(), AppCreate(_, &vroot)).WillOnce(Return(183));
+            break;
+    }
+    // No setting is written: the strict double would fail on it.
+    EXPECT_EQ(slots().CreateVRoot(vroot), 0);
+    EXPECT_EQ(sink.logLines.back(), u"Application already exists");
+    EXPECT_EQ(vroot.ActionTaken, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ItemTypes, VRootCreationTest,
+    ::testing::Values(ItemTypeCase{"application", 2, Creation::application},
+                      ItemTypeCase{"virtual_directory", 3, Creation::virtualDirectory},
+                      ItemTypeCase{"legacy", 1, Creation::both},
+                      ItemTypeCase{"legacy_flag", static_cast<int32_t>(0x80000003u),
+                                   Creation::both}),
+    NameFromWhat());
+
+TEST_F(VRootCreationTest, AWebsiteOfNoComponentIsCreatedAndSetUpBeforeItsDirectory) {
+    vroot.ItemType = 3;
+    AcceptWrites();
+    EXPECT_CALL(backend(), FindSiteWithId(_)).WillOnce(Return(false));
+    EXPECT_CALL(backend(), AddWebSiteFunction(::testing::Ref(*website))).WillOnce(Return(0));
+    EXPECT_CALL(backend(), CreateVirtualDirectory(_, _)).WillOnce(Return(0));
+    EXPECT_EQ(slots().CreateVRoot(vroot), 0);
+    EXPECT_EQ(vroot.ActionTaken, 3);
+    ASSERT_FALSE(writes.empty());
+    EXPECT_EQ(writes.front().value, u"IIsWebServer") << "the website's settings come first";
+}
+
+TEST_F(FlowTest, AVirtualDirectoryWhoseWebsiteIsMissingFailsAndSaysWhich) {
+    CIISVRootProp vroot;
+    vroot.DisplayName = u"shop";
+    vroot.ParentSite = u"Website_Gone";
+    EXPECT_CALL(backend(), OpenKeyToWebsite(nullptr, nullptr, nullptr)).WillOnce(Return(0));
+    EXPECT_EQ(slots().CreateVRoot(vroot), qm::status::vroot_website_missing);
+    EXPECT_NE(sink.logLines.back().find(u"names the website 'Website_Gone'"), qm::wstring::npos);
+    EXPECT_EQ(slots().RemoveVRoot(vroot), qm::status::vroot_website_missing);
+    EXPECT_NE(sink.logLines.back().find(u"names the website 'Website_Gone'"), qm::wstring::npos);
+}
+
+TEST_F(FlowTest, OnlyANewPoolIsMarkedAsInstalledHere) {
+    bag.productCode = u"{PRODUCT}";
+    CIISAppPoolProp pool;
+    pool.Key = u"AppPool_Shop";
+    pool.Name = u"Shop";
+    EXPECT_CALL(backend(), CreateAppPoolFunction(_))
+        .WillOnce(Return(qm::status::app_pool_already_exists))
+        .WillOnce(Return(0));
+    const auto marker = [&] {
+        platform::Registry& registry = temp.machine().registry();
+        platform::ScopedRegKey key(registry);
+        platform::RegValue value;
+        registry.OpenKey(platform::kLocalMachine,
+                         settings::UninstallInformationKeyOf(bag.productCode),
+                         platform::key_access::read, key.receive());
+        return registry.QueryValue(key.get(), u"AppPool_Shop_Installed", value) == 0
+                   ? value.AsDword()
+                   : std::nullopt;
+    };
+    EXPECT_EQ(slots().CreateAppPool(pool), 0);
+    EXPECT_EQ(marker(), std::nullopt);
+    EXPECT_EQ(pool.ActionTaken, 0);
+    EXPECT_EQ(slots().CreateAppPool(pool), 0);
+    EXPECT_EQ(marker(), 1u);
+    EXPECT_EQ(pool.ActionTaken, 3);
+}
+
+}  // namespace
+}  // namespace webrig::testing
+
+namespace webrig::testing {
+namespace {
+
+sim::MachineConfig WithIis6Compatibility() {
+    sim::MachineConfig config;
+    config.iisFeatures.push_back(sim::IisFeature::metabaseCompatibility);
+    return config;
+}
+
+class ExtensionTest : public FlowTest {
+  protected:
+    ExtensionTest() : FlowTest(WithIis6Compatibility()) {}
+
+    std::string ApplicationHostConfig() {
+        const std::vector<std::byte> bytes =
+            ReadBytes(sim::DriveCPath(temp.path()) /
+                      "Windows/System32/inetsrv/config/applicationHost.config");
+        return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    }
+};
+
+TEST_F(ExtensionTest, IsRemovedFirstAddedAllowedAndRemovedAgainThroughAdsi) {
+    CIISWebServiceExtensionProp extension;
+    extension.File = u"C:\\app\\ext.dll";
+    extension.Description = u"Shop handler";
+    extension.Group = u"SHOP";
+    extension.Attributes = 5;  // allowed, not deletable, removed first
+    const std::string entry =
+        R"(<add path="C:\app\ext.dll" allowed="true" groupId="SHOP" description="Shop handler" />)";
+    ASSERT_EQ(slots().CreateWebServiceExtension(extension), 0);
+    EXPECT_NE(ApplicationHostConfig().find(entry), std::string::npos);
+    EXPECT_EQ(extension.ActionTaken, 3);
+    EXPECT_EQ(sink.logLines[1],
+              u"Removing the following Web Service Extension file: C:\\app\\ext.dll");
+
+    ASSERT_EQ(slots().RemoveWebServiceExtension(extension), 0);
+    EXPECT_EQ(ApplicationHostConfig().find("ext.dll"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace webrig::testing
