@@ -23,8 +23,8 @@ struct AspCase {
     bool bitnessSafe;
     const char16_t* path;
     int32_t result;
-    std::vector<qm::wstring> commands;  // after the tool path
-    const char16_t* lastLine;           // when no command ends the log
+    const char16_t* commands;  // the options after the tool path, one run each, "|" between
+    const char16_t* lastLine;  // when no command ends the log
 };
 
 const qm::wstring kTool4 =
@@ -44,8 +44,10 @@ TEST_P(AspVersionTest, RunsTheRegistrationToolOfTheRightFramework) {
         }
     }
     std::vector<qm::wstring> expected;
-    for (const qm::wstring& command : c.commands) {
-        expected.push_back(kTool4 + command);
+    for (qm::wstring_view rest = c.commands; !rest.empty();) {
+        const size_t bar = std::min(rest.find(u'|'), rest.size());
+        expected.push_back(kTool4 + qm::wstring(rest.substr(0, bar)));
+        rest.remove_prefix(std::min(bar + 1, rest.size()));
     }
     EXPECT_EQ(commands, expected);
     std::ifstream journal(sim::ProcessJournalPath(temp.path()));
@@ -59,101 +61,44 @@ TEST_P(AspVersionTest, RunsTheRegistrationToolOfTheRightFramework) {
 INSTANTIATE_TEST_SUITE_P(
     Versions, AspVersionTest,
     ::testing::Values(
-        AspCase{"recursive",
-                u"4.0.30319",
-                u"1",
-                true,
-                u"/LM/W3SVC/1/Root/shop",
-                0,
-                {u" -ir", u" -k W3SVC/1/Root/shop", u" -s W3SVC/1/Root/shop"},
-                nullptr},
-        AspCase{"non_recursive",
-                u"4.0.30319",
-                u"NonRecursive",
-                true,
-                u"/LM/W3SVC/1/Root",
-                0,
-                {u" -ir", u" -k W3SVC/1/Root", u" -sn W3SVC/1/Root"},
-                nullptr},
-        AspCase{"letter_case_counts",
-                u"4.0.30319",
-                u"nonrecursive",
-                true,
-                u"/LM/W3SVC/2/Root",
-                0,
-                {u" -ir", u" -k W3SVC/2/Root", u" -s W3SVC/2/Root"},
-                nullptr},
-        AspCase{"bitness_refused",
-                u"2.0.50727",
-                u"",
-                false,
-                u"/LM/W3SVC/1/Root",
-                qm::status::asp_net_version_failed,
-                {},
+        AspCase{"recursive", u"4.0.30319", u"1", true, u"/LM/W3SVC/1/Root/shop", 0,
+                u" -ir| -k W3SVC/1/Root/shop| -s W3SVC/1/Root/shop", nullptr},
+        AspCase{"non_recursive", u"4.0.30319", u"NonRecursive", true, u"/LM/W3SVC/1/Root", 0,
+                u" -ir| -k W3SVC/1/Root| -sn W3SVC/1/Root", nullptr},
+        AspCase{"letter_case_counts", u"4.0.30319", u"nonrecursive", true, u"/LM/W3SVC/2/Root", 0,
+                u" -ir| -k W3SVC/2/Root| -s W3SVC/2/Root", nullptr},
+        AspCase{"bitness_refused", u"2.0.50727", u"", false, u"/LM/W3SVC/1/Root",
+                qm::status::asp_net_version_failed, u"",
                 u"SetAspversion: machine is 64-bit and IIS running in a bit mode other than the "
                 u"currently selected mode"},
-        AspCase{"one_one_keeps_the_32_bit_framework",
-                u"1.1.4322",
-                u"",
-                false,
-                u"/LM/W3SVC/1/Root",
-                qm::status::asp_net_version_failed,
-                {},
+        AspCase{"one_one_keeps_the_32_bit_framework", u"1.1.4322", u"", false, u"/LM/W3SVC/1/Root",
+                qm::status::asp_net_version_failed, u"",
                 u"Could not find path while setting ASP .NET version: "
                 u"C:\\Windows\\Microsoft.NET\\Framework\\v1.1.4322\\aspnet_regiis.exe"},
-        AspCase{"path_without_target",
-                u"4.0.30319",
-                u"",
-                true,
-                u"/LM/Other/1",
-                qm::status::asp_net_version_failed,
-                {u" -ir"},
+        AspCase{"path_without_target", u"4.0.30319", u"", true, u"/LM/Other/1",
+                qm::status::asp_net_version_failed, u" -ir",
                 u"SetAspversion had an exception with the path '/LM/Other/1' and the following "
                 u"version: 4.0.30319"}),
     NameFromWhat());
 
-struct SsiCase {
-    const char* what;
-    const char16_t* property;
-    bool iisInstalled;
-    int32_t result;
-    std::optional<qm::wstring> stored;
-};
-
-class SsiTest : public ::testing::TestWithParam<SsiCase> {};
-
-TEST_P(SsiTest, WritesTheSwitchOnlyWhenItIsZeroOrOne) {
-    sim::MachineConfig config;
-    if (!GetParam().iisInstalled) {
-        config.iisVersion = {0, 0};
-    }
-    TempMachine machine(config);
-    VistaUnderTest controller(machine.machine());
-    CIISPropertyBag bag;
-    bag.ssiProperty = GetParam().property;
-    EXPECT_CALL(static_cast<MockVistaBackend&>(controller), InitIISObject()).WillOnce(Return(0));
-    controller.SetPropertyBag(bag);
-    EXPECT_EQ(controller.SetSSIEnableCmdDirective(), GetParam().result);
-
-    platform::Registry& registry = machine.machine().registry();
-    platform::ScopedRegKey key(registry);
-    platform::RegValue value;
-    const bool found = registry.OpenKey(platform::kLocalMachine,
-                                        u"SYSTEM\\CurrentControlSet\\Services\\W3SVC\\Parameters",
-                                        platform::key_access::read, key.receive()) == 0 &&
-                       registry.QueryValue(key.get(), u"SSIEnableCmdDirective", value) == 0;
-    EXPECT_EQ(found, GetParam().stored.has_value());
-    if (GetParam().stored) {
-        EXPECT_EQ(value, platform::RegValue::String(*GetParam().stored));
-    }
+TEST_F(FlowTest, TheServerSideIncludeSwitchIsWrittenOnlyForZeroOrOne) {
+    const auto stored = [&] {
+        platform::Registry& registry = temp.machine().registry();
+        platform::ScopedRegKey key(registry);
+        platform::RegValue value;
+        registry.OpenKey(platform::kLocalMachine,
+                         u"SYSTEM\\CurrentControlSet\\Services\\W3SVC\\Parameters",
+                         platform::key_access::read, key.receive());
+        registry.QueryValue(key.get(), u"SSIEnableCmdDirective", value);
+        return value;
+    };
+    bag.ssiProperty = u"true";
+    EXPECT_EQ(slots().SetSSIEnableCmdDirective(), 0);
+    EXPECT_EQ(stored().type, platform::reg_type::none);
+    bag.ssiProperty = u"1";
+    EXPECT_EQ(slots().SetSSIEnableCmdDirective(), 0);
+    EXPECT_EQ(stored(), platform::RegValue::String(u"1"));
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Values, SsiTest,
-    ::testing::Values(SsiCase{"one", u"1", true, 0, u"1"}, SsiCase{"zero", u"0", true, 0, u"0"},
-                      SsiCase{"other_text", u"true", true, 0, std::nullopt},
-                      SsiCase{"no_web_service_key", u"1", false, 2, std::nullopt}),
-    NameFromWhat());
 
 }  // namespace
 }  // namespace webrig::testing

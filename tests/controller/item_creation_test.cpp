@@ -5,7 +5,6 @@
 
 #include "controller/flow_fixture.h"
 #include "platform/sim/machine/machine_layout.h"
-#include "settings/uninstall_information.h"
 #include "testing/case_name.h"
 #include "testing/file_bytes.h"
 
@@ -67,18 +66,6 @@ INSTANTIATE_TEST_SUITE_P(
                                    Creation::both}),
     NameFromWhat());
 
-TEST_F(VRootCreationTest, AWebsiteOfNoComponentIsCreatedAndSetUpBeforeItsDirectory) {
-    vroot.ItemType = 3;
-    AcceptWrites();
-    EXPECT_CALL(backend(), FindSiteWithId(_)).WillOnce(Return(false));
-    EXPECT_CALL(backend(), AddWebSiteFunction(::testing::Ref(*website))).WillOnce(Return(0));
-    EXPECT_CALL(backend(), CreateVirtualDirectory(_, _)).WillOnce(Return(0));
-    EXPECT_EQ(slots().CreateVRoot(vroot), 0);
-    EXPECT_EQ(vroot.ActionTaken, 3);
-    ASSERT_FALSE(writes.empty());
-    EXPECT_EQ(writes.front().value, u"IIsWebServer") << "the website's settings come first";
-}
-
 TEST_F(FlowTest, AVirtualDirectoryWhoseWebsiteIsMissingFailsAndSaysWhich) {
     CIISVRootProp vroot;
     vroot.DisplayName = u"shop";
@@ -88,33 +75,6 @@ TEST_F(FlowTest, AVirtualDirectoryWhoseWebsiteIsMissingFailsAndSaysWhich) {
     EXPECT_NE(sink.logLines.back().find(u"names the website 'Website_Gone'"), qm::wstring::npos);
     EXPECT_EQ(slots().RemoveVRoot(vroot), qm::status::vroot_website_missing);
     EXPECT_NE(sink.logLines.back().find(u"names the website 'Website_Gone'"), qm::wstring::npos);
-}
-
-TEST_F(FlowTest, OnlyANewPoolIsMarkedAsInstalledHere) {
-    bag.productCode = u"{PRODUCT}";
-    CIISAppPoolProp pool;
-    pool.Key = u"AppPool_Shop";
-    pool.Name = u"Shop";
-    EXPECT_CALL(backend(), CreateAppPoolFunction(_))
-        .WillOnce(Return(qm::status::app_pool_already_exists))
-        .WillOnce(Return(0));
-    const auto marker = [&] {
-        platform::Registry& registry = temp.machine().registry();
-        platform::ScopedRegKey key(registry);
-        platform::RegValue value;
-        registry.OpenKey(platform::kLocalMachine,
-                         settings::UninstallInformationKeyOf(bag.productCode),
-                         platform::key_access::read, key.receive());
-        return registry.QueryValue(key.get(), u"AppPool_Shop_Installed", value) == 0
-                   ? value.AsDword()
-                   : std::nullopt;
-    };
-    EXPECT_EQ(slots().CreateAppPool(pool), 0);
-    EXPECT_EQ(marker(), std::nullopt);
-    EXPECT_EQ(pool.ActionTaken, 0);
-    EXPECT_EQ(slots().CreateAppPool(pool), 0);
-    EXPECT_EQ(marker(), 1u);
-    EXPECT_EQ(pool.ActionTaken, 3);
 }
 
 }  // namespace

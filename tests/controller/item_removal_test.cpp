@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "controller/flow_fixture.h"
 #include "settings/uninstall_information.h"
 #include "testing/case_name.h"
@@ -35,52 +37,34 @@ class RemovalTest : public FlowTest {
     platform::Registry& registry() { return temp.machine().registry(); }
 };
 
-struct PoolCase {
-    const char* what;
-    const char16_t* name;
-    const char16_t* overwriteExisting;
-    bool marked;
-    bool removed;
-};
-
-class PoolRemovalTest : public RemovalTest, public ::testing::WithParamInterface<PoolCase> {};
-
-TEST_P(PoolRemovalTest, RemovesOnlyPoolsThisProductMayRemove) {
-    CIISAppPoolProp pool;
-    pool.Key = u"Pool_Section";
-    pool.Name = GetParam().name;
-    pool.OverwriteExisting = GetParam().overwriteExisting;
-    if (GetParam().marked) {
-        SetMarker(pool.Key);
+TEST_F(RemovalTest, PoolsCreatedHereAreMarkedAndTheKeyGoesWithTheLastMarker) {
+    std::array<CIISAppPoolProp, 2> pools;
+    pools[0].Key = pools[0].Name = u"A";
+    pools[1].Key = pools[1].Name = u"B";
+    EXPECT_CALL(backend(), CreateAppPoolFunction(_))
+        .WillOnce(Return(0))
+        .WillOnce(Return(0))
+        .WillOnce(Return(qm::status::app_pool_already_exists));
+    for (CIISAppPoolProp& pool : pools) {
+        pool.OverwriteExisting = u"0";
+        EXPECT_EQ(slots().CreateAppPool(pool), 0);
+        EXPECT_EQ(pool.ActionTaken, 3);
     }
-    EXPECT_CALL(backend(), RemoveAppPoolFunction(Ref(pool))).Times(GetParam().removed ? 1 : 0);
-    EXPECT_EQ(slots().RemoveAppPool(pool), 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(Pools, PoolRemovalTest,
-                         ::testing::Values(PoolCase{"existed_before", u"Shop", u"0", false, false},
-                                           PoolCase{"created_here", u"Shop", u"0", true, true},
-                                           PoolCase{"overwritten", u"Shop", u"1", false, true},
-                                           PoolCase{"overwrite_empty", u"Shop", u"", false, true},
-                                           PoolCase{"default_pool_any_case", u"defaultAPPPOOL",
-                                                    u"1", true, false}),
-                         NameFromWhat());
-
-TEST_F(RemovalTest, TheProductKeyGoesWithItsLastMarker) {
-    CIISAppPoolProp first;
-    first.Key = u"A";
-    first.Name = u"A";
-    first.OverwriteExisting = u"0";
-    CIISAppPoolProp second;
-    second.Key = u"B";
-    second.Name = u"B";
-    second.OverwriteExisting = u"0";
-    SetMarker(u"A");
-    SetMarker(u"B");
-    EXPECT_CALL(backend(), RemoveAppPoolFunction(_)).Times(2).WillRepeatedly(Return(0));
-    EXPECT_EQ(slots().RemoveAppPool(first), 0);
+    CIISAppPoolProp existing;
+    existing.Key = existing.Name = u"C";
+    existing.OverwriteExisting = u"0";
+    EXPECT_EQ(slots().CreateAppPool(existing), 0);
+    EXPECT_EQ(existing.ActionTaken, 0);
+    EXPECT_CALL(backend(), RemoveAppPoolFunction(_)).Times(3).WillRepeatedly(Return(0));
+    EXPECT_EQ(slots().RemoveAppPool(existing), 0) << "no marker: it stays";
+    CIISAppPoolProp defaultPool;
+    defaultPool.Name = u"defaultAPPPOOL";
+    EXPECT_EQ(slots().RemoveAppPool(defaultPool), 0) << "never removed";
+    existing.OverwriteExisting = u"";
+    EXPECT_EQ(slots().RemoveAppPool(existing), 0) << "to be overwritten: removed";
+    EXPECT_EQ(slots().RemoveAppPool(pools[0]), 0);
     EXPECT_TRUE(ProductKeyExists());
-    EXPECT_EQ(slots().RemoveAppPool(second), 0);
+    EXPECT_EQ(slots().RemoveAppPool(pools[1]), 0);
     EXPECT_FALSE(ProductKeyExists());
 }
 

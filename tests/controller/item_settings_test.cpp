@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "controller/flow_fixture.h"
 #include "testing/case_name.h"
@@ -96,47 +95,7 @@ TEST_F(FlowTest, AppMapsGoToTheIis7BackendAsOneSemicolonText) {
               1);
 }
 
-TEST(LegacyAppMapsTest, NewMapsFollowTheExistingOnes) {
-    LegacyBound bound;
-    CIISPropertyBag bag;
-    EXPECT_CALL(bound.backend(), InitIISObject()).WillOnce(Return(0));
-    bound.controller.SetPropertyBag(bag);
-    auto* map = bound.vroot.AddAppMap(u"a1").record;
-    map->Extension = u".x";
-    map->ExecPath = u"x.dll";
-    map->Verb = u"*";
-    const qm::wstring existing(u".old,o.dll,1\0\0", 14);
-    EXPECT_CALL(bound.backend(), GetData(_, _, _, _))
-        .WillOnce([&](auto, const qm::wstring&, auto&, uint32_t& needed) {
-            needed = static_cast<uint32_t>(existing.size() * 2);
-            return static_cast<int32_t>(0x8007007A);  // the buffer is too small
-        })
-        .WillOnce([&](auto, const qm::wstring&, auto& record, uint32_t&) {
-            std::memcpy(record.data, existing.data(), record.dataLength);
-            return 0;
-        });
-    EXPECT_CALL(bound.backend(), SetVRtMultiszProperty(_, 6014, 2, _, _, qm::wstring(u"/")))
-        .WillOnce(
-            [](auto, uint32_t, uint32_t, const char16_t* data, uint32_t bytes, const qm::wstring&) {
-                EXPECT_EQ(qm::wstring(data, bytes / 2),
-                          qm::wstring(u".old,o.dll,1\0.x,x.dll,0\0\0", 25));
-                return 0;
-            });
-    EXPECT_EQ(bound.slots().AddAppMaps({}, bound.vroot), 0);
-}
-
-TEST_F(FlowTest, BindingsAreOneEntryWithTheDoubleTerminator) {
-    CIISWebsiteProp website;
-    website.IPAddress = u"*";
-    website.Port = u"8080";
-    website.HostHeaderName = u"shop.example.com";
-    AcceptWrites();
-    ASSERT_EQ(slots().SetWebSiteProperties(website), 0);
-    EXPECT_EQ(Written(1023), qm::wstring(u"*:8080:shop.example.com\0\0", 25));
-    EXPECT_EQ(Written(2102), u"Default Application");
-}
-
-TEST_F(FlowTest, BindingsLongerThan255CharactersAreRefusedBeforeAnythingIsWritten) {
+TEST_F(FlowTest, BindingsAreOneEntryOfAtMost255Characters) {
     CIISWebsiteProp website;
     website.DisplayName = u"Shop";
     website.IPAddress = u"*";
@@ -145,23 +104,11 @@ TEST_F(FlowTest, BindingsLongerThan255CharactersAreRefusedBeforeAnythingIsWritte
     EXPECT_EQ(slots().SetWebSiteProperties(website), qm::status::binding_too_long);
     EXPECT_NE(sink.logLines.back().find(u"of website 'Shop' are longer than 255"),
               qm::wstring::npos);
-    website.HostHeaderName.pop_back();
+    website.HostHeaderName = u"shop.example.com";
     AcceptWrites();
-    EXPECT_EQ(slots().SetWebSiteProperties(website), 0);
-}
-
-TEST_F(FlowTest, AVirtualDirectoryInheritsFormsAuthenticationFromItsParentDirectory) {
-    auto* component = bag.GetOrAddComponent(u"C").record;
-    bag.AddWebsite(u"site");
-    auto* parent = component->AddVRoot(u"parent").record;
-    parent->FormsAuthenticationEffective = true;
-    auto* child = component->AddVRoot(u"child").record;
-    child->ParentSite = u"site";
-    child->ParentKey = u"parent";
-    AcceptWrites();
-    EXPECT_CALL(backend(), SetFormsAuthentication(true, false)).WillOnce(Return(0));
-    EXPECT_EQ(slots().SetVRootProperties(*child), 0);
-    EXPECT_TRUE(child->FormsAuthenticationEffective);
+    ASSERT_EQ(slots().SetWebSiteProperties(website), 0);
+    EXPECT_EQ(Written(1023), qm::wstring(u"*:80:shop.example.com\0\0", 23));
+    EXPECT_EQ(Written(2102), u"Default Application");
 }
 
 }  // namespace

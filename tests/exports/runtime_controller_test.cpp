@@ -116,12 +116,6 @@ TEST_F(ComponentSequenceTest, PoolsComeBeforeWebsitesBeforeDirectoriesBeforeExte
                                          u"compatibility is required for this action."));
 }
 
-TEST_F(ComponentSequenceTest, TheFirstFailureEndsTheInstall) {
-    using ::testing::_;
-    EXPECT_CALL(bound.backend(), CreateAppPoolFunction(_)).WillOnce(Return(-5));
-    EXPECT_EQ(runtime.ComponentInstall(bound.controller, u"Web"), -5);
-}
-
 TEST_F(ComponentSequenceTest, ACancelStopsAfterTheCurrentItem) {
     using ::testing::_;
     sink->cancelAnswer = IIISEvent::kCancelled;
