@@ -37,7 +37,7 @@ struct World {
         host.substituteToNull.insert(u"[NOTHING]");
         auto& registry = temp.machine().registry();
         platform::ScopedRegKey key(registry);
-        registry.CreateKey(platform::kLocalMachine, settings::UninstallInformationKeyOf(u"{P}"),
+        registry.CreateKey(platform::kLocalMachine, settings::UninstallInfoKeyPath(u"{P}"),
                            platform::key_access::all_access, key.receive());
         registry.SetValue(key.get(), u"SiteNo", platform::RegValue::String(u"42"));
         std::filesystem::create_directories(temp.path() / "drive_c" / "Temp");

@@ -11,7 +11,9 @@
 // call reach the controller operation that called them, which catches it.
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/iis_config.h"
@@ -75,7 +77,9 @@ class CIisFunctionsVista {
     // Whether the current site holds no application but its root one.
     bool CanDeletePath();
 
-    // Item settings, given as metabase property identifiers.
+    // Item settings, given as metabase property identifiers. Each translated setting is its
+    // own commit at the commit path it found (the forms authentication mode rides on the next
+    // commit); identifiers without a translation are logged and answer 0.
     int32_t SetVRtStrProperty(uint32_t identifier, uint32_t userType, uint32_t attributes,
                               const qm::wstring& value, const qm::wstring& subPath);
     int32_t SetVRtDelimMultiszProperty(uint32_t identifier, uint32_t userType,
@@ -91,6 +95,31 @@ class CIisFunctionsVista {
     int32_t SetFormsAuthentication(bool effective, bool own);
     int32_t SetAppPoolProperties(CIISAppPoolProp& pool);
     bool CheckAspNetBitness(const qm::wstring& poolName, const qm::wstring& requestedBitness);
+    // Binds the website's certificate (its hash) to the site's port.
+    int32_t SetSsl(uint32_t userType, const std::byte* hash, uint32_t size);
+
+    // The helpers the item settings share. Attributes are written in the map's key order.
+    using AttributeMap = std::map<qm::wstring, qm::wstring>;
+    // PutPropertyValue on the element that GetConfigElement reaches.
+    int32_t SetSectionElementProperty(const qm::wstring& sectionName,
+                                      const qm::wstring& elementPath, const qm::wstring& attribute,
+                                      const qm::wstring& value);
+    // Each entry updates the collection's entry with the same key values, or is added at the
+    // end; entries without the (first) key are skipped, and nothing is ever removed. The
+    // second key is compared only for entries that have it.
+    int32_t MergeCollectionEntries(const qm::wstring& sectionName, const qm::wstring& elementPath,
+                                   const qm::wstring& newElementName,
+                                   const qm::wstring& keyAttribute,
+                                   const std::vector<AttributeMap>& entries);
+    int32_t MergeCollectionEntries(const qm::wstring& sectionName, const qm::wstring& elementPath,
+                                   const qm::wstring& newElementName,
+                                   const qm::wstring& keyAttribute1,
+                                   const qm::wstring& keyAttribute2,
+                                   const std::vector<AttributeMap>& entries);
+    // Writes the attributes on `existing`, or on a new entry that is then added at the end.
+    int32_t AddOrUpdateCollectionEntry(const CollectionPtr& collection, const ElementPtr& existing,
+                                       const qm::wstring& newElementName,
+                                       const AttributeMap& attributes);
 
     // Value conversions.
     // "true" and "false" (exactly) become booleans, other text a string (normalized as a
@@ -101,8 +130,8 @@ class CIisFunctionsVista {
     static qm::wstring FormatNumber(int32_t number);
     // "hh:mm:ss", hours not wrapped at a day: 90061 gives "25:01:01".
     static qm::wstring FormatTimeSpanFromSeconds(int32_t seconds);
-    // "[d.]hh:mm:00": 1500 gives "1.01:00:00".
-    static qm::wstring FormatTimeSpanFromMinutes(int32_t minutes);
+    // "[d.]hh:mm:00": 1500 gives "1.01:00:00". The count is unsigned, as the DWORD it comes from.
+    static qm::wstring FormatTimeSpanFromMinutes(uint32_t minutes);
     // IIS 6 access flags as the flags text of "accessPolicy": 0x205 gives "Script, Execute, Read".
     static qm::wstring FormatAccessPolicy(uint32_t flags);
 
@@ -196,6 +225,31 @@ class CIisFunctionsVista {
     bool m_bValueChanged = true;
 
   private:
+    // The translations behind the setters: the result of a translated setting, or nothing for
+    // an identifier that is not written (logged, no commit).
+    std::optional<int32_t> TranslateDWordProperty(uint32_t identifier, uint32_t value);
+    std::optional<int32_t> TranslateStrProperty(uint32_t identifier, const qm::wstring& value);
+    std::optional<int32_t> TranslateListProperty(uint32_t identifier, const qm::wstring& value);
+    // The frame of the setters: the commit path is kept before the log line, a translated
+    // setting is committed, and after a successful commit the kept commit path is put back.
+    template <typename Translate>
+    int32_t SetProperty(const qm::wstring& logLine, Translate translate);
+    void LogUnsupportedProperty();
+
+    // Application pool settings of the current pool.
+    std::optional<int32_t> SetAppPoolDWordProperty(uint32_t identifier, uint32_t value);
+    int32_t SetRecycleSchedule(const qm::wstring& recycleTimes);
+
+    // Virtual directory and website settings at the commit path.
+    int32_t SetAuthentication(uint32_t flags);
+    int32_t SetSectionAttribute(const qm::wstring& sectionName, const qm::wstring& attribute,
+                                const qm::wstring& value);
+    int32_t SetAspLimit(const qm::wstring& childName, const qm::wstring& attribute,
+                        const qm::wstring& value);
+    int32_t SetDefaultDocuments(const qm::wstring& documents);
+    int32_t SetCustomErrors(const qm::wstring& customErrors);
+    int32_t SetHandlerMappings(const qm::wstring& appMaps);
+
     // Why the manager could not be created, for the calls that needed it.
     qm::hresult ManagerFailure() const noexcept { return m_managerCreation; }
     // The body of RemoveApplication and RemoveLegacyApplication.

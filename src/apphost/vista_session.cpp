@@ -7,38 +7,12 @@
 #include "apphost/iis_functions_vista.h"
 
 using webrig::apphost::Decimal;
-
-namespace {
-
-// GetSystemDirectoryW into a buffer of MAX_PATH characters: a longer directory does not fit
-// and leaves the buffer empty.
-constexpr size_t kSystemDirectoryBuffer = 260;
-
-// Two pieces of a path with exactly one backslash between them.
-qm::wstring JoinPath(const qm::wstring& first, const qm::wstring& second) {
-    if (second.empty()) {
-        return first;
-    }
-    if (first.empty()) {
-        return second;
-    }
-    const bool firstEnds = first.back() == u'\\';
-    const bool secondStarts = second.front() == u'\\';
-    if (firstEnds && secondStarts) {
-        return first + second.substr(1);
-    }
-    if (!firstEnds && !secondStarts) {
-        return first + u'\\' + second;
-    }
-    return first + second;
-}
-
-}  // namespace
+using webrig::apphost::JoinPath;
 
 CIisFunctionsVista::CIisFunctionsVista(webrig::platform::Platform& platform)
     : m_platform(platform) {
     qm::wstring systemDirectory = platform.system().SystemDirectory();
-    if (systemDirectory.size() >= kSystemDirectoryBuffer) {
+    if (systemDirectory.size() >= webrig::apphost::kMaxPath) {
         systemDirectory.clear();
     }
     m_sConfigDirectory = JoinPath(systemDirectory, u"inetsrv\\config\\");

@@ -43,11 +43,12 @@ qm::wstring CIisFunctionsVista::FormatTimeSpanFromSeconds(int32_t seconds) {
     return qm::format(u"%02d:%02d:%02d", seconds / 3600, (seconds / 60) % 60, seconds % 60);
 }
 
-qm::wstring CIisFunctionsVista::FormatTimeSpanFromMinutes(int32_t minutes) {
+qm::wstring CIisFunctionsVista::FormatTimeSpanFromMinutes(uint32_t minutes) {
+    const auto twoDigits = [](uint32_t number) { return TwoDigits(static_cast<int32_t>(number)); };
     const qm::wstring hours =
-        minutes >= 1440 ? qm::format(u"%d.%s", minutes / 1440, TwoDigits((minutes % 1440) / 60))
-                        : TwoDigits(minutes / 60);
-    return qm::format(u"%s:%s:00", hours, TwoDigits(minutes % 60));
+        minutes >= 1440 ? qm::format(u"%u.%s", minutes / 1440, twoDigits((minutes % 1440) / 60))
+                        : twoDigits(minutes / 60);
+    return qm::format(u"%s:%s:00", hours, twoDigits(minutes % 60));
 }
 
 qm::wstring CIisFunctionsVista::FormatAccessPolicy(uint32_t flags) {

@@ -78,7 +78,9 @@ class CIISVRootController {
     virtual int32_t InstallMimeTypes(MetadataHandle handle, const MimeMaps& mimeMaps) = 0;
     virtual bool CheckAspNetBitness(const qm::wstring& poolName,
                                     const qm::wstring& requestedBitness) = 0;
-    virtual int32_t SetAppPoolProperties(CIISAppPoolProp& pool) = 0;
+    // 32: the backend's own part of a pool's settings. Reached with a const record, so that a
+    // call with a pool record the install may change runs the whole of them (below).
+    virtual int32_t SetAppPoolProperties(const CIISAppPoolProp& pool) = 0;
     virtual bool IsVistaBackend() = 0;  // 33
 
     // 34-39: services, also offered to the backends.
@@ -111,6 +113,37 @@ class CIISVRootController {
     int32_t ProgressMessage(const qm::wstring& identifier, const qm::wstring& insertion);
     // Whether the user has asked to cancel.
     bool UserCancelled();
+
+    // Application pool settings, as metabase properties through the property setters. Each
+    // returns 0, the setter's or backend's own failure, -2252 for a failed CPU, identity or
+    // schedule write, or -2116 for an exception.
+    // The pool's settings in order, then the backend's own part; the first failure ends them.
+    int32_t SetAppPoolProperties(CIISAppPoolProp& pool);
+    // One DWORD setting; -1 writes `defaultValue`.
+    int32_t SetAppPoolProperty(MetadataHandle handle, int32_t value, uint32_t identifier,
+                               int32_t defaultValue);
+    int32_t SetRecycleTimes(MetadataHandle handle, const CIISAppPoolProp& pool);
+    // Reads "limit,interval,action" of CPUMon (empty pieces are 0, the limit in thousandths of
+    // a percent) and writes the three.
+    int32_t SetCpuMon(MetadataHandle handle, const CIISAppPoolProp& pool);
+    // -1 leaves a setting untouched.
+    int32_t SetCpuMonProperties(MetadataHandle handle, int32_t action, int32_t limit,
+                                int32_t interval);
+    // The identity type from the pool's Attributes, and the account for a specific user.
+    int32_t SetIdentity(MetadataHandle handle, const CIISAppPoolProp& pool);
+
+    // SSL certificates: the website's certificate file imported into the local machine's "MY"
+    // store and its thumbprint written as the site's certificate hash. 0 without a certificate
+    // path; -2162 to -2171 otherwise (qm::status::certificate_*).
+    int32_t InstallSSLCert(MetadataHandle handle, const CIISWebsiteProp& website);
+    // Reads the whole file as a PFX blob: 0 or -2165.
+    int32_t GetCertContextFromPfxBlob(const qm::wstring& path, std::vector<std::byte>& blob);
+    // Imports the PFX blob with its password and adds its first certificate to "MY"; `context`
+    // (where the enumeration starts, none for a PFX) receives that certificate. 0 or -2165.
+    int32_t AddToStorePfxBlob(const std::vector<std::byte>& blob,
+                              webrig::platform::CertContext& context, const qm::wstring& password);
+    // Adds a plain certificate to "MY", replacing a copy there. 0, -2164, -2165 or -2169.
+    int32_t AddToStoreLegacy(webrig::platform::CertContext context, uint32_t encoding);
 
     // ---- Install and removal of a component's items, and their settings.
     // The component's items of one kind, created in key order until the first failure or a

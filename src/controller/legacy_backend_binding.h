@@ -116,7 +116,8 @@ class LegacyBackendBinding : public CIISProVRootController, public Backend {
         return Backend::CheckAspNetBitness(poolName, requestedBitness);
     }
     // Pool settings beyond the metabase properties, and forms authentication, are IIS 7+ only.
-    int32_t SetAppPoolProperties(CIISAppPoolProp& /*pool*/) override { return 0; }
+    int32_t SetAppPoolProperties(const CIISAppPoolProp& /*pool*/) override { return 0; }
+    using CIISProVRootController::SetAppPoolProperties;
     bool IsVistaBackend() override { return false; }
     int32_t SetFormsAuthentication(MetadataHandle /*handle*/, bool /*effective*/,
                                    bool /*own*/) override {

@@ -48,7 +48,7 @@ int32_t CIISVRootController::RemoveUninstallProps() {
     webrig::platform::Registry& registry = platform().registry();
     webrig::platform::ScopedRegKey key(registry);
     const qm::wstring path =
-        webrig::settings::UninstallInformationKeyOf(UninstallPropsProductCode(*m_pPropertyBag));
+        webrig::settings::UninstallInfoKeyPath(UninstallPropsProductCode(*m_pPropertyBag));
     if (registry.OpenKey(webrig::platform::kLocalMachine, path,
                          webrig::platform::key_access::set_value,
                          key.receive()) != qm::win32::success) {

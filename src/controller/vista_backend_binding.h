@@ -117,9 +117,11 @@ class VistaBackendBinding : public CIISProVRootController, public Backend {
                             const qm::wstring& requestedBitness) override {
         return Backend::CheckAspNetBitness(poolName, requestedBitness);
     }
-    int32_t SetAppPoolProperties(CIISAppPoolProp& pool) override {
-        return Backend::SetAppPoolProperties(pool);
+    // The backend only reads the record.
+    int32_t SetAppPoolProperties(const CIISAppPoolProp& pool) override {
+        return Backend::SetAppPoolProperties(const_cast<CIISAppPoolProp&>(pool));
     }
+    using CIISProVRootController::SetAppPoolProperties;
     bool IsVistaBackend() override { return true; }
     int32_t SetFormsAuthentication(MetadataHandle /*handle*/, bool effective, bool own) override {
         return Backend::SetFormsAuthentication(effective, own);

@@ -287,9 +287,9 @@ int32_t CIISIniLoader::ReadWebsite(const Reader& reader, const qm::wstring& sect
         return result;
     }
     // A number an earlier installation of the product stored wins over the file's.
-    if (const auto stored = webrig::settings::FindStoredSiteNumber(
-            m_platform.registry(), m_pBag->productCode, website->SiteNumberProperty)) {
-        if (const int32_t result = website->SetSiteNumber(*stored); result != 0) {
+    if (qm::wstring stored; webrig::settings::ReadSiteNumberValue(
+            m_platform.registry(), m_pBag->productCode, website->SiteNumberProperty, stored)) {
+        if (const int32_t result = website->SetSiteNumber(stored); result != 0) {
             return result;
         }
     }

@@ -7,14 +7,25 @@ constexpr size_t kValueBufferCharacters = 260;
 
 }  // namespace
 
-qm::wstring UninstallInformationKeyOf(const qm::wstring& productCode) {
+qm::wstring UninstallInfoKeyPath(const qm::wstring& productCode) {
     return qm::wstring(kUninstallInformationKey) + u"\\" + productCode;
+}
+
+uint32_t EnsureUninstallInfoKey(platform::Registry& registry, const qm::wstring& productCode) {
+    const qm::wstring path = UninstallInfoKeyPath(productCode);
+    platform::ScopedRegKey key(registry);
+    if (registry.OpenKey(platform::kLocalMachine, path, platform::key_access::read,
+                         key.receive()) == qm::win32::success) {
+        return qm::win32::success;
+    }
+    return registry.CreateKey(platform::kLocalMachine, path, platform::key_access::all_access,
+                              key.receive());
 }
 
 uint32_t OpenOrCreateUninstallInformationKey(platform::Registry& registry,
                                              const qm::wstring& productCode,
                                              platform::ScopedRegKey& key) {
-    const qm::wstring path = UninstallInformationKeyOf(productCode);
+    const qm::wstring path = UninstallInfoKeyPath(productCode);
     const uint32_t opened = registry.OpenKey(platform::kLocalMachine, path,
                                              platform::key_access::all_access, key.receive());
     if (opened == qm::win32::success) {
@@ -35,25 +46,25 @@ bool WriteSiteNumberValue(platform::Registry& registry, const qm::wstring& produ
     return registry.SetValue(key.get(), valueName, value) == qm::win32::success;
 }
 
-std::optional<qm::wstring> FindStoredSiteNumber(platform::Registry& registry,
-                                                const qm::wstring& productCode,
-                                                const qm::wstring& valueName) {
+bool ReadSiteNumberValue(platform::Registry& registry, const qm::wstring& productCode,
+                         const qm::wstring& valueName, qm::wstring& siteNumber) {
     platform::ScopedRegKey key(registry);
-    if (registry.OpenKey(platform::kLocalMachine, UninstallInformationKeyOf(productCode),
+    if (registry.OpenKey(platform::kLocalMachine, UninstallInfoKeyPath(productCode),
                          platform::key_access::read, key.receive()) != qm::win32::success) {
-        return std::nullopt;
+        return false;
     }
     platform::RegValue value;
     if (registry.QueryValue(key.get(), valueName, value) != qm::win32::success) {
-        return std::nullopt;
+        return false;
     }
     if (value.type != platform::reg_type::sz && value.type != platform::reg_type::expand_sz) {
-        return std::nullopt;
+        return false;
     }
     if (value.data.size() > kValueBufferCharacters * sizeof(char16_t)) {
-        return std::nullopt;  // ERROR_MORE_DATA for the caller's buffer
+        return false;  // ERROR_MORE_DATA for the caller's buffer
     }
-    return value.AsString();
+    siteNumber = value.AsString();
+    return true;
 }
 
 }  // namespace webrig::settings

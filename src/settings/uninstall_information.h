@@ -1,9 +1,8 @@
 #pragma once
 // The registry key under HKEY_LOCAL_MACHINE where installations keep what later runs of the same
 // product need: stored site numbers and the markers of application pools they created. One
-// sub-key per product code.
-
-#include <optional>
+// sub-key per product code. SOFTWARE is not shared between the WOW64 views, so a 32-bit module on
+// 64-bit Windows reads and writes it under SOFTWARE\WOW6432Node without asking.
 
 #include "platform/registry.h"
 
@@ -15,12 +14,14 @@ inline constexpr char16_t kUninstallInformationKey[] =
 // The product code that new site numbers are stored under when the project gives none.
 inline constexpr char16_t kFallbackProductCode[] = u"{5BD96B56-F945-4DE8-B22B-221CBA237789}";
 
-// The product's key path below HKEY_LOCAL_MACHINE.
-qm::wstring UninstallInformationKeyOf(const qm::wstring& productCode);
+// The product's key path below HKEY_LOCAL_MACHINE. An empty product code names the parent key
+// itself: the registry reads a trailing backslash as no further level.
+qm::wstring UninstallInfoKeyPath(const qm::wstring& productCode);
 
-// The text of the value `valueName` that an earlier installation of the product stored; nullopt
-// when the key or the value is missing, is not text, or does not fit the 260-character buffer it
-// is read into.
+// Creates the product's key when it cannot be opened for reading. A Win32 code, 0 when the key
+// was there or has been created.
+uint32_t EnsureUninstallInfoKey(platform::Registry& registry, const qm::wstring& productCode);
+
 // Opens the product's key with all access, creating it when it is missing. A Win32 code.
 uint32_t OpenOrCreateUninstallInformationKey(platform::Registry& registry,
                                              const qm::wstring& productCode,
@@ -31,8 +32,10 @@ uint32_t OpenOrCreateUninstallInformationKey(platform::Registry& registry,
 bool WriteSiteNumberValue(platform::Registry& registry, const qm::wstring& productCode,
                           const qm::wstring& valueName, const qm::wstring& siteNumber);
 
-std::optional<qm::wstring> FindStoredSiteNumber(platform::Registry& registry,
-                                                const qm::wstring& productCode,
-                                                const qm::wstring& valueName);
+// The text of the value `valueName` that an earlier installation of the product stored. False
+// when the key or the value is missing, is not text, or does not fit the 260-character buffer it
+// is read into.
+bool ReadSiteNumberValue(platform::Registry& registry, const qm::wstring& productCode,
+                         const qm::wstring& valueName, qm::wstring& siteNumber);
 
 }  // namespace webrig::settings

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "apphost/iis_functions_vista.h"
+#include "host/password_masking.h"
 #include "platform/sim/machine/machine_layout.h"
 #include "testing/faulty_platform.h"
 #include "testing/iis_config_machine.h"
@@ -28,7 +29,9 @@ class TestVistaBackend final : public CIisFunctionsVista {
         return binding.substr(first + 1, binding.find(u':', first + 1) - first - 1);
     }
     qm::wstring GetBasePath(const CIISWebsiteProp&, const qm::wstring&) override { return {}; }
-    qm::wstring MaskPasswordValue(qm::wstring, const qm::wstring& value) override { return value; }
+    qm::wstring MaskPasswordValue(qm::wstring name, const qm::wstring& value) override {
+        return host::MaskPasswordValue(u"", name, value, nullptr);
+    }
 
     size_t Count(std::string_view line) const { return std::count(log.begin(), log.end(), line); }
     bool Logged(std::string_view line) const { return Count(line) != 0; }

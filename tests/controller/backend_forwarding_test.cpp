@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "controller/bound_controllers.h"
 
 namespace webrig::testing {
@@ -59,7 +61,7 @@ TEST(LegacyBindingTest, TheMetabaseMakesAndRemovesAnApplicationOneWayOnly) {
 
 TEST(LegacyBindingTest, SettingsOfIis7AndLaterAnswerZeroWithoutTheBackend) {
     LegacyBound b;  // the strict double fails the test on any call
-    EXPECT_EQ(b.slots().SetAppPoolProperties(b.pool), 0);
+    EXPECT_EQ(b.slots().SetAppPoolProperties(std::as_const(b.pool)), 0);
     EXPECT_EQ(b.slots().SetFormsAuthentication(kHandle, true, true), 0);
     EXPECT_FALSE(b.slots().IsVistaBackend());
 }

@@ -80,11 +80,12 @@ TEST(SlotOrderTest, TheFiftyControllerOperations) {
         &C::SetVRtMultiszProperty, &C::SetVRtDWProperty, &C::SetVRtBinProperty,
         &C::SetDynamicMetaDataProperties, &C::CompareDirValues, &C::OpenKeyToWebsite,
         &C::FindSiteWithId, &C::FindSiteWithPort, &C::CanDeletePath, &C::GetNextWebsiteId,
-        &C::InstallMimeTypes, &C::CheckAspNetBitness, &C::SetAppPoolProperties, &C::IsVistaBackend,
-        &C::LogMessage, &C::ReportError, &C::WebsiteExists, &C::GetPortFromBindingInfo,
-        &C::GetBasePath, &C::MaskPasswordValue, &C::VRootCreated, &C::AppPoolCreated,
-        &C::WebServiceExtensionCreated, &C::WebSiteCreated, &C::Reserved44, &C::Reserved45,
-        &C::ComponentFileInfo, &C::WriteUninstallProps, &C::RemoveUninstallProps,
+        &C::InstallMimeTypes, &C::CheckAspNetBitness,
+        static_cast<int32_t (C::*)(const CIISAppPoolProp&)>(&C::SetAppPoolProperties),
+        &C::IsVistaBackend, &C::LogMessage, &C::ReportError, &C::WebsiteExists,
+        &C::GetPortFromBindingInfo, &C::GetBasePath, &C::MaskPasswordValue, &C::VRootCreated,
+        &C::AppPoolCreated, &C::WebServiceExtensionCreated, &C::WebSiteCreated, &C::Reserved44,
+        &C::Reserved45, &C::ComponentFileInfo, &C::WriteUninstallProps, &C::RemoveUninstallProps,
         &C::SetFormsAuthentication));
 }
 

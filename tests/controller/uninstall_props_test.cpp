@@ -26,8 +26,7 @@ class UninstallPropsTest : public ::testing::Test {
         platform::Registry& registry = bound.temp.machine().registry();
         platform::ScopedRegKey key(registry);
         std::map<qm::wstring, qm::wstring> values;
-        if (registry.OpenKey(platform::kLocalMachine,
-                             settings::UninstallInformationKeyOf(productCode),
+        if (registry.OpenKey(platform::kLocalMachine, settings::UninstallInfoKeyPath(productCode),
                              platform::key_access::read, key.receive()) != 0) {
             return values;
         }

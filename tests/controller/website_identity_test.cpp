@@ -3,12 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <optional>
 
 #include "controller/bound_controllers.h"
+#include "controller/controller_factory.h"
+#include "settings/iis_pro_ini_loader.h"
 #include "settings/uninstall_information.h"
 #include "testing/case_name.h"
+#include "testing/file_bytes.h"
 #include "testing/recording_event_sink.h"
+#include "testing/settings_file_builder.h"
 
 namespace webrig::testing {
 namespace {
@@ -89,8 +94,7 @@ class NewSiteNumberTest : public ::testing::Test {
                                              const qm::wstring& name) {
         platform::Registry& registry = bound.temp.machine().registry();
         platform::ScopedRegKey key(registry);
-        if (registry.OpenKey(platform::kLocalMachine,
-                             settings::UninstallInformationKeyOf(productCode),
+        if (registry.OpenKey(platform::kLocalMachine, settings::UninstallInfoKeyPath(productCode),
                              platform::key_access::read, key.receive()) != 0) {
             return std::nullopt;
         }
@@ -140,6 +144,102 @@ TEST_F(NewSiteNumberTest, WithoutAPropertyTheMarkerNamesTheValue) {
     EXPECT_THAT(sink.logLines,
                 Contains(qm::wstring(u"Changing value of 'QUILLMARK_IIS_NEXT_NEW_SITE_NUMBER' in "
                                      u"registry to '9' for future use.")));
+}
+
+// The loader looks a stored number up under the property's text as written and the bag's own
+// product code; a new number is stored without brackets, under the marker for an unnamed
+// property and under the fixed code for an empty product code. Where the two differ a later run
+// does not find the number (the settings check warns about such projects).
+struct RoundTripCase {
+    const char* what;
+    const char16_t* productCode;
+    const char16_t* property;
+    bool foundAgain;
+};
+
+class SiteNumberRoundTripTest : public ::testing::TestWithParam<RoundTripCase> {};
+
+TEST_P(SiteNumberRoundTripTest, ALaterRunFindsTheNumberOnlyWhereBothRulesMeet) {
+    const RoundTripCase& c = GetParam();
+    SettingsFileBuilder file;
+    file.Section("GlobalOptions").Entry(u"ProductCode", c.productCode);
+    file.Section("Components").Entry("Count", 1).Entry("c1", "Web");
+    file.Section("Web_WebSites")
+        .Entry("ActionState", 3)
+        .Entry("Count", 1)
+        .Entry("ws1", "Website_S");
+    file.Section("Website_S").Entry("QMIISCommon", "S").Entry("ItemType", 0).Entry("Port", "80");
+    file.Entry("RootDir", "C:\\inetpub\\s");
+    file.Entry(u"SiteNumber", CIISVRootController::kNewSiteNumberMarker);
+    file.Entry(u"SiteNumberProperty", c.property);
+
+    VistaBound bound;
+    std::filesystem::create_directories(bound.temp.path() / "drive_c" / "Setup");
+    WriteBytes(bound.temp.path() / "drive_c" / "Setup" / "site.ini",
+               file.Bytes(SettingsEncoding::Utf16LeWithBom));
+    const auto load = [&bound](CIISPropertyBag& bag) {
+        CIISProIniLoader loader(bound.temp.machine(), u"C:\\Setup\\site.ini", platform::kNoModule,
+                                0);
+        ASSERT_EQ(loader.Load(bag), 0);
+    };
+    CIISPropertyBag first;
+    load(first);
+    CIISWebsiteProp& website = *first.websites.at(u"S");
+    EXPECT_CALL(bound.backend(), InitIISObject()).WillOnce(Return(0));
+    bound.controller.SetPropertyBag(first);
+    EXPECT_CALL(bound.backend(), GetNextWebsiteId(Ref(website))).WillOnce([](CIISWebsiteProp& w) {
+        w.SiteNumber = u"12";
+    });
+    EXPECT_FALSE(bound.slots().WebsiteExists(website));
+
+    CIISPropertyBag later;
+    load(later);
+    EXPECT_EQ(later.websites.at(u"S")->SiteNumber,
+              c.foundAgain ? u"12" : CIISVRootController::kNewSiteNumberMarker);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Projects, SiteNumberRoundTripTest,
+    ::testing::Values(RoundTripCase{"plain property", u"{P}", u"SITE_NO", true},
+                      RoundTripCase{"bracketed property", u"{P}", u"[SITE_NO]", false},
+                      RoundTripCase{"no property", u"{P}", u"", false},
+                      RoundTripCase{"no product code", u"", u"SITE_NO", false}),
+    NameFromWhat());
+
+// The value is REG_SZ without a terminating NUL, which regedit writes as hex(1).
+TEST(SiteNumberOnIis10Test, TheConfigurationSystemGivesTheNextFreeNumber) {
+    TempMachine temp;  // IIS 10 with the Default Web Site as site 1
+    const auto controller = controller::BuildController(true, temp.machine());
+    CIISPropertyBag bag;
+    bag.productCode = u"{P}";
+    ASSERT_EQ(controller->SetPropertyBag(bag), 0);
+    CIISWebsiteProp website;
+    website.SiteNumber = CIISVRootController::kNewSiteNumberMarker;
+    website.SiteNumberProperty = u"[SITE]";
+    EXPECT_FALSE(controller->WebsiteExists(website));
+    EXPECT_EQ(website.SiteNumber, u"2");
+    // A 32-bit module on a 64-bit machine writes SOFTWARE in its WOW64 view, as Windows keeps it.
+    const std::vector<std::byte> bytes = ReadBytes(temp.path() / "registry" / "HKLM.reg");
+    const std::u16string_view text(reinterpret_cast<const char16_t*>(bytes.data()),
+                                   bytes.size() / sizeof(char16_t));
+    EXPECT_NE(text.find(u"[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\Microsoft\\Windows\\"
+                        u"CurrentVersion\\Uninstall\\Quillmark Uninstall Information\\{P}]\r\n"
+                        u"\"SITE\"=hex(1):32,00\r\n"),
+              std::u16string_view::npos);
+}
+
+TEST(UninstallInfoKeyTest, IsCreatedOnlyWhenMissing) {
+    TempMachine temp;
+    platform::Registry& registry = temp.machine().registry();
+    EXPECT_EQ(settings::EnsureUninstallInfoKey(registry, u"{P}"), 0u);
+    platform::ScopedRegKey key(registry);
+    EXPECT_EQ(registry.OpenKey(platform::kLocalMachine, settings::UninstallInfoKeyPath(u"{P}"),
+                               platform::key_access::read, key.receive()),
+              0u);
+    ASSERT_TRUE(settings::WriteSiteNumberValue(registry, u"{P}", u"SITE", u"4"));
+    EXPECT_EQ(settings::EnsureUninstallInfoKey(registry, u"{P}"), 0u);
+    qm::wstring stored;
+    EXPECT_TRUE(settings::ReadSiteNumberValue(registry, u"{P}", u"SITE", stored));
 }
 
 // ---- Ports and base paths.

@@ -79,15 +79,7 @@ std::optional<qm::wstring> NormalizeBoolean(qm::wstring_view text) {
 
 std::optional<qm::wstring> NormalizeInteger(const AttributeSchema& attribute,
                                             qm::wstring_view text) {
-    int64_t lowest = std::numeric_limits<int64_t>::min();
-    int64_t highest = std::numeric_limits<int64_t>::max();
-    if (attribute.type == AttributeType::uint32) {
-        lowest = 0;
-        highest = std::numeric_limits<uint32_t>::max();
-    } else if (attribute.type == AttributeType::int32) {
-        lowest = std::numeric_limits<int32_t>::min();
-        highest = std::numeric_limits<int32_t>::max();
-    }
+    const auto [lowest, highest] = IntegerTypeRange(attribute.type);
     const std::optional<int64_t> value = ReadInteger(text, lowest < 0);
     if (!value || *value < lowest || *value > highest || !InRange(attribute, *value)) {
         return std::nullopt;
@@ -236,6 +228,17 @@ std::optional<qm::wstring> NormalizeString(const AttributeSchema& attribute,
 }
 
 }  // namespace
+
+std::pair<int64_t, int64_t> IntegerTypeRange(AttributeType type) {
+    switch (type) {
+        case AttributeType::uint32:
+            return {0, std::numeric_limits<uint32_t>::max()};
+        case AttributeType::int32:
+            return {std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()};
+        default:
+            return {std::numeric_limits<int64_t>::min(), std::numeric_limits<int64_t>::max()};
+    }
+}
 
 std::optional<qm::wstring> NormalizeAttributeText(const AttributeSchema& attribute,
                                                   qm::wstring_view text) {

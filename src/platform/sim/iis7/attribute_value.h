@@ -4,12 +4,16 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "platform/automation.h"
 #include "platform/sim/iis7/schema.h"
 #include "support/wide_string.h"
 
 namespace webrig::sim::iis7 {
+
+// The values an integer type holds, before the schema's own bounds.
+std::pair<int64_t, int64_t> IntegerTypeRange(AttributeType type);
 
 // Checks `text` for `attribute` and returns the text to store ("True" becomes "true", an enum
 // number becomes its name, flags are written "Read, Script"); nullopt when the type refuses it

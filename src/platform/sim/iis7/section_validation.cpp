@@ -34,15 +34,7 @@ std::string IntegerRefusal(const AttributeSchema& attribute, std::string_view te
     if (!ReadNumber(text)) {
         return "Invalid integer value";
     }
-    int64_t lowest = std::numeric_limits<int64_t>::min();
-    int64_t highest = std::numeric_limits<int64_t>::max();
-    if (attribute.type == AttributeType::uint32) {
-        lowest = 0;
-        highest = std::numeric_limits<uint32_t>::max();
-    } else if (attribute.type == AttributeType::int32) {
-        lowest = std::numeric_limits<int32_t>::min();
-        highest = std::numeric_limits<int32_t>::max();
-    }
+    const auto [lowest, highest] = IntegerTypeRange(attribute.type);
     return "Integer value must be between " + std::to_string(attribute.minimum.value_or(lowest)) +
            " and " + std::to_string(attribute.maximum.value_or(highest)) + " inclusive";
 }

@@ -37,7 +37,8 @@ struct StockFile {
 // The files every installation has: netsh.exe and activeds.dll in the system folders (System32,
 // and SysWOW64 on 64-bit Windows), aspnet_regiis.exe in each .NET Framework folder (Framework,
 // and Framework64 on 64-bit Windows, for v2.0.50727 and v4.0.30319), and with IIS 7+
-// applicationHost.config, the welcome page and the configuration schema files. Their folders are among StockFolders.
+// applicationHost.config, the welcome page and the configuration schema files. Their folders are
+// among StockFolders.
 std::vector<StockFile> StockFiles(const MachineConfig& config);
 
 }  // namespace webrig::sim

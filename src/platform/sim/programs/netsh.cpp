@@ -8,6 +8,7 @@
 #include "platform/sim/certificates/certificate_der.h"
 #include "platform/sim/certificates/machine_keys.h"
 #include "platform/sim/certificates/system_store.h"
+#include "platform/sim/text/hex_digit.h"
 #include "support/case_insensitive.h"
 
 namespace webrig::sim {
@@ -47,27 +48,14 @@ ProgramRun AddFailed(uint32_t error) {
     return Failed("SSL Certificate add failed, Error: " + std::to_string(error) + "\n" + text);
 }
 
-int HexValue(char16_t c) {
-    if (c >= u'0' && c <= u'9') {
-        return c - u'0';
-    }
-    if (c >= u'a' && c <= u'f') {
-        return c - u'a' + 10;
-    }
-    if (c >= u'A' && c <= u'F') {
-        return c - u'A' + 10;
-    }
-    return -1;
-}
-
 std::optional<std::vector<std::byte>> ParseHex(qm::wstring_view text) {
     if (text.empty() || text.size() % 2 != 0) {
         return std::nullopt;
     }
     std::vector<std::byte> bytes;
     for (size_t i = 0; i < text.size(); i += 2) {
-        const int high = HexValue(text[i]);
-        const int low = HexValue(text[i + 1]);
+        const int high = HexDigit(text[i]);
+        const int low = HexDigit(text[i + 1]);
         if (high < 0 || low < 0) {
             return std::nullopt;
         }

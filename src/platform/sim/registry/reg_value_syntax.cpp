@@ -1,5 +1,6 @@
 #include "platform/sim/registry/reg_value_syntax.h"
 
+#include "platform/sim/text/hex_digit.h"
 #include "support/case_insensitive.h"
 #include "support/wide_string.h"
 
@@ -15,19 +16,6 @@ constexpr qm::wstring_view kHexContinuationIndent = u"  ";
 
 bool IsBlank(char16_t c) {
     return c == u' ' || c == u'\t';
-}
-
-int HexDigit(char16_t c) {
-    if (c >= u'0' && c <= u'9') {
-        return c - u'0';
-    }
-    if (c >= u'a' && c <= u'f') {
-        return c - u'a' + 10;
-    }
-    if (c >= u'A' && c <= u'F') {
-        return c - u'A' + 10;
-    }
-    return -1;
 }
 
 class LineParser {
