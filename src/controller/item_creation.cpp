@@ -41,6 +41,11 @@ int32_t CIISVRootController::CreateAppPool(CIISAppPoolProp& pool) {
             LogMessage(u"Error adding apppool key.");
             return created;
         }
+        if (!existed || pool.OverwriteExisting != u"0") {
+            if (const int32_t set = SetAppPoolProperties(pool); set != 0) {
+                return set;
+            }
+        }
         if (existed) {
             LogMessage(u"Application pool already existed.");
         } else {

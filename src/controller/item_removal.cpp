@@ -18,7 +18,7 @@ constexpr char16_t kInstalledSuffix[] = u"_Installed";
 // value. A missing key or value reads as 0.
 uint32_t TakeInstalledMarker(webrig::platform::Registry& registry, const qm::wstring& productCode,
                              const qm::wstring& poolKey) {
-    const qm::wstring path = webrig::settings::UninstallInformationKeyOf(productCode);
+    const qm::wstring path = webrig::settings::UninstallInfoKeyPath(productCode);
     webrig::platform::ScopedRegKey key(registry);
     if (registry.OpenKey(webrig::platform::kLocalMachine, path,
                          key_access::read | key_access::set_value,

@@ -244,6 +244,7 @@ int32_t CIISVRootController::SetWebSiteProperties(CIISWebsiteProp& website) {
                                      u"IIsWebVirtualDir", kSiteRoot);
         },
         [&] { return SetVRtDWProperty(handle, id::serverAutoStart, kServer, 1); },
+        [&] { return InstallSSLCert(handle, website); },
         [&] {
             const qm::wstring name =
                 website.AppName.empty() ? qm::wstring(u"Default Application") : website.AppName;

@@ -1,5 +1,4 @@
-// The ASP.NET registration commands on a simulated 64-bit machine, and the server-side-include
-// switch in its registry.
+// The ASP.NET registration commands on a simulated 64-bit machine.
 
 #include <gtest/gtest.h>
 
@@ -65,8 +64,6 @@ INSTANTIATE_TEST_SUITE_P(
                 u" -ir| -k W3SVC/1/Root/shop| -s W3SVC/1/Root/shop", nullptr},
         AspCase{"non_recursive", u"4.0.30319", u"NonRecursive", true, u"/LM/W3SVC/1/Root", 0,
                 u" -ir| -k W3SVC/1/Root| -sn W3SVC/1/Root", nullptr},
-        AspCase{"letter_case_counts", u"4.0.30319", u"nonrecursive", true, u"/LM/W3SVC/2/Root", 0,
-                u" -ir| -k W3SVC/2/Root| -s W3SVC/2/Root", nullptr},
         AspCase{"bitness_refused", u"2.0.50727", u"", false, u"/LM/W3SVC/1/Root",
                 qm::status::asp_net_version_failed, u"",
                 u"SetAspversion: machine is 64-bit and IIS running in a bit mode other than the "
@@ -80,25 +77,6 @@ INSTANTIATE_TEST_SUITE_P(
                 u"SetAspversion had an exception with the path '/LM/Other/1' and the following "
                 u"version: 4.0.30319"}),
     NameFromWhat());
-
-TEST_F(FlowTest, TheServerSideIncludeSwitchIsWrittenOnlyForZeroOrOne) {
-    const auto stored = [&] {
-        platform::Registry& registry = temp.machine().registry();
-        platform::ScopedRegKey key(registry);
-        platform::RegValue value;
-        registry.OpenKey(platform::kLocalMachine,
-                         u"SYSTEM\\CurrentControlSet\\Services\\W3SVC\\Parameters",
-                         platform::key_access::read, key.receive());
-        registry.QueryValue(key.get(), u"SSIEnableCmdDirective", value);
-        return value;
-    };
-    bag.ssiProperty = u"true";
-    EXPECT_EQ(slots().SetSSIEnableCmdDirective(), 0);
-    EXPECT_EQ(stored().type, platform::reg_type::none);
-    bag.ssiProperty = u"1";
-    EXPECT_EQ(slots().SetSSIEnableCmdDirective(), 0);
-    EXPECT_EQ(stored(), platform::RegValue::String(u"1"));
-}
 
 }  // namespace
 }  // namespace webrig::testing

@@ -16,7 +16,6 @@ namespace webrig::testing {
 // One property write as the backend received it; numbers and texts both as text.
 struct Write {
     uint32_t identifier;
-    uint32_t userType;
     qm::wstring value;
 };
 
@@ -43,28 +42,28 @@ class FlowTest : public ::testing::Test {
             .WillRepeatedly(Return(0));
         EXPECT_CALL(b, SetVRtDWProperty(_, _, _))
             .Times(AnyNumber())
-            .WillRepeatedly([this](uint32_t id, uint32_t type, uint32_t value) {
-                writes.push_back({id, type, qm::format(u"%d", static_cast<int32_t>(value))});
+            .WillRepeatedly([this](uint32_t id, uint32_t, uint32_t value) {
+                writes.push_back({id, qm::format(u"%d", static_cast<int32_t>(value))});
                 return 0;
             });
         EXPECT_CALL(b, SetVRtStrProperty(_, _, _, _, _))
             .Times(AnyNumber())
-            .WillRepeatedly([this](uint32_t id, uint32_t type, uint32_t, const qm::wstring& value,
+            .WillRepeatedly([this](uint32_t id, uint32_t, uint32_t, const qm::wstring& value,
                                    const qm::wstring&) {
-                writes.push_back({id, type, value});
+                writes.push_back({id, value});
                 return 0;
             });
         EXPECT_CALL(b, SetVRtDelimMultiszProperty(_, _, _))
             .Times(AnyNumber())
-            .WillRepeatedly([this](uint32_t id, uint32_t type, const qm::wstring& value) {
-                writes.push_back({id, type, value});
+            .WillRepeatedly([this](uint32_t id, uint32_t, const qm::wstring& value) {
+                writes.push_back({id, value});
                 return 0;
             });
         EXPECT_CALL(b, SetVRtMultiszProperty(_, _, _, _, _))
             .Times(AnyNumber())
-            .WillRepeatedly([this](uint32_t id, uint32_t type, const char16_t* data, uint32_t bytes,
+            .WillRepeatedly([this](uint32_t id, uint32_t, const char16_t* data, uint32_t bytes,
                                    const qm::wstring&) {
-                writes.push_back({id, type, qm::wstring(data, bytes / 2)});
+                writes.push_back({id, qm::wstring(data, bytes / 2)});
                 return 0;
             });
         EXPECT_CALL(b, SetDynamicMetaDataProperties(_))

@@ -4,9 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "controller/flow_fixture.h"
-#include "platform/sim/machine/machine_layout.h"
 #include "testing/case_name.h"
-#include "testing/file_bytes.h"
 
 namespace webrig::testing {
 namespace {
@@ -75,48 +73,6 @@ TEST_F(FlowTest, AVirtualDirectoryWhoseWebsiteIsMissingFailsAndSaysWhich) {
     EXPECT_NE(sink.logLines.back().find(u"names the website 'Website_Gone'"), qm::wstring::npos);
     EXPECT_EQ(slots().RemoveVRoot(vroot), qm::status::vroot_website_missing);
     EXPECT_NE(sink.logLines.back().find(u"names the website 'Website_Gone'"), qm::wstring::npos);
-}
-
-}  // namespace
-}  // namespace webrig::testing
-
-namespace webrig::testing {
-namespace {
-
-sim::MachineConfig WithIis6Compatibility() {
-    sim::MachineConfig config;
-    config.iisFeatures.push_back(sim::IisFeature::metabaseCompatibility);
-    return config;
-}
-
-class ExtensionTest : public FlowTest {
-  protected:
-    ExtensionTest() : FlowTest(WithIis6Compatibility()) {}
-
-    std::string ApplicationHostConfig() {
-        const std::vector<std::byte> bytes =
-            ReadBytes(sim::DriveCPath(temp.path()) /
-                      "Windows/System32/inetsrv/config/applicationHost.config");
-        return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    }
-};
-
-TEST_F(ExtensionTest, IsRemovedFirstAddedAllowedAndRemovedAgainThroughAdsi) {
-    CIISWebServiceExtensionProp extension;
-    extension.File = u"C:\\app\\ext.dll";
-    extension.Description = u"Shop handler";
-    extension.Group = u"SHOP";
-    extension.Attributes = 5;  // allowed, not deletable, removed first
-    const std::string entry =
-        R"(<add path="C:\app\ext.dll" allowed="true" groupId="SHOP" description="Shop handler" />)";
-    ASSERT_EQ(slots().CreateWebServiceExtension(extension), 0);
-    EXPECT_NE(ApplicationHostConfig().find(entry), std::string::npos);
-    EXPECT_EQ(extension.ActionTaken, 3);
-    EXPECT_EQ(sink.logLines[1],
-              u"Removing the following Web Service Extension file: C:\\app\\ext.dll");
-
-    ASSERT_EQ(slots().RemoveWebServiceExtension(extension), 0);
-    EXPECT_EQ(ApplicationHostConfig().find("ext.dll"), std::string::npos);
 }
 
 }  // namespace

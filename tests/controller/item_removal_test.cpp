@@ -29,8 +29,7 @@ class RemovalTest : public FlowTest {
 
     bool ProductKeyExists() {
         platform::ScopedRegKey key(registry());
-        return registry().OpenKey(platform::kLocalMachine,
-                                  settings::UninstallInformationKeyOf(kProduct),
+        return registry().OpenKey(platform::kLocalMachine, settings::UninstallInfoKeyPath(kProduct),
                                   platform::key_access::read, key.receive()) == 0;
     }
 
@@ -41,6 +40,8 @@ TEST_F(RemovalTest, PoolsCreatedHereAreMarkedAndTheKeyGoesWithTheLastMarker) {
     std::array<CIISAppPoolProp, 2> pools;
     pools[0].Key = pools[0].Name = u"A";
     pools[1].Key = pools[1].Name = u"B";
+    AcceptWrites();  // the new pools' settings
+    EXPECT_CALL(backend(), SetAppPoolProperties(_)).Times(2).WillRepeatedly(Return(0));
     EXPECT_CALL(backend(), CreateAppPoolFunction(_))
         .WillOnce(Return(0))
         .WillOnce(Return(0))

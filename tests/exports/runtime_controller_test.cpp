@@ -82,7 +82,9 @@ class ComponentSequenceTest : public RuntimeInstallTest {
     ComponentSequenceTest() {
         runtime.propertyBag.iisMajorVersion = 10;
         CIISComponentProp& web = *runtime.propertyBag.components.at(u"Web");
-        web.AddAppPool(u"P").record->Name = u"P";
+        CIISAppPoolProp& pool = *web.AddAppPool(u"P").record;
+        pool.Name = u"P";
+        pool.OverwriteExisting = u"0";  // found, and left as it is
         site = web.AddWebsite(u"S").record;
         site->SiteNumber = u"5";
         site->Port = u"80";
