@@ -145,6 +145,45 @@ class CIISVRootController {
     // Adds a plain certificate to "MY", replacing a copy there. 0, -2164, -2165 or -2169.
     int32_t AddToStoreLegacy(webrig::platform::CertContext context, uint32_t encoding);
 
+    // ---- Install and removal of a component's items, and their settings.
+    // The component's items of one kind, created in key order until the first failure or a
+    // cancel (1602); 0 for a component the bag does not hold (component_install.cpp).
+    int32_t CreateCompAppPools(const qm::wstring& component);
+    int32_t CreateCompWebSites(const qm::wstring& component);
+    int32_t CreateCompVRoots(const qm::wstring& component);
+    int32_t CreateCompWebServiceExtensions(const qm::wstring& component);
+    // One item each: created (or found), given its settings and recorded with the host
+    // (item_creation.cpp, web_service_extensions.cpp).
+    int32_t CreateAppPool(CIISAppPoolProp& pool);
+    int32_t CreateWebSite(CIISWebsiteProp& website);
+    int32_t CreateVRoot(CIISVRootProp& vroot);
+    int32_t CreateWebServiceExtension(CIISWebServiceExtensionProp& extension);
+    // The uninstall exports' lookups: the first item of that name in any component is removed;
+    // 0 when none carries it (item_removal.cpp).
+    int32_t RemoveVRootNamed(const qm::wstring& name);
+    int32_t RemoveCompWebSiteNamed(const qm::wstring& name);
+    int32_t RemoveAppPoolNamed(const qm::wstring& name);
+    int32_t RemoveWebServiceExtensionNamed(const qm::wstring& description);
+    // One item each, behind the guards that keep shared and pre-existing objects.
+    int32_t RemoveAppPool(CIISAppPoolProp& pool);
+    int32_t RemoveVRoot(CIISVRootProp& vroot);
+    int32_t RemoveCompWebSite(CIISWebsiteProp& website);
+    bool CanRemoveWebsite(CIISWebsiteProp& website);
+    int32_t RemoveWebServiceExtension(CIISWebServiceExtensionProp& extension);
+    // Item settings as metabase properties (vroot_settings.cpp, asp_net_version.cpp).
+    int32_t SetVRootProperties(CIISVRootProp& vroot);
+    int32_t SetWebSiteProperties(CIISWebsiteProp& website);
+    int32_t SetCommonProperties(MetadataHandle handle, CIISCommonProp& item);
+    int32_t AddAppMaps(MetadataHandle handle, CIISCommonProp& item);
+    int32_t SetAspversion(const qm::wstring& path, const qm::wstring& version,
+                          const qm::wstring& bitness, const qm::wstring& pool,
+                          const qm::wstring& registration);
+    int32_t AspVersionChanger(const qm::wstring& command);
+    // The server-side-include "#exec cmd" switch of the web service, once per install.
+    int32_t SetSSIEnableCmdDirective();
+    // The website a virtual directory names as its parent; null when the bag has none.
+    CIISWebsiteProp* ParentWebsiteOf(const CIISVRootProp& vroot);
+
   protected:
     explicit CIISVRootController(webrig::platform::Platform& platform);
 

@@ -28,8 +28,9 @@ int32_t WithRuntime(Work&& work) noexcept {
 
 // The uninstall calls: the controller of this call, its session opened, then the removal.
 // `applies` is the call's gate on the instance's IIS state.
-template <class Applies>
-int32_t Uninstall(Applies&& applies) noexcept {
+// The removal's status stays inside: the host is told 0.
+template <class Applies, class Remove>
+int32_t Uninstall(Applies&& applies, Remove&& remove) noexcept {
     return WithRuntime([&](CIISProRuntime& runtime) {
         runtime.lastStatus = 0;
         if (!applies(runtime.propertyBag)) {
@@ -40,7 +41,7 @@ int32_t Uninstall(Applies&& applies) noexcept {
         if (runtime.lastStatus != 0) {
             return 0;
         }
-        // The removal of the named item comes with the uninstall orchestration.
+        remove(*controller);
         return 0;
     });
 }
@@ -131,20 +132,26 @@ int32_t CheckForContinue(const qm::wstring& component, int32_t continueWithoutII
     }
 }
 
-int32_t VRootUninstall(const qm::wstring& /*name*/) {
-    return Uninstall(IisWorkOn);
+int32_t VRootUninstall(const qm::wstring& name) {
+    return Uninstall(IisWorkOn,
+                     [&](CIISVRootController& controller) { controller.RemoveVRootNamed(name); });
 }
 
-int32_t WebSiteUninstall(const qm::wstring& /*name*/) {
-    return Uninstall(IisWorkOn);
+int32_t WebSiteUninstall(const qm::wstring& name) {
+    return Uninstall(IisWorkOn, [&](CIISVRootController& controller) {
+        controller.RemoveCompWebSiteNamed(name);
+    });
 }
 
-int32_t AppPoolUninstall(const qm::wstring& /*name*/) {
-    return Uninstall(IisWorkOnIis6);
+int32_t AppPoolUninstall(const qm::wstring& name) {
+    return Uninstall(IisWorkOnIis6,
+                     [&](CIISVRootController& controller) { controller.RemoveAppPoolNamed(name); });
 }
 
-int32_t WebServiceExtensionUninstall(const qm::wstring& /*name*/) {
-    return Uninstall(IisWorkOnIis6);
+int32_t WebServiceExtensionUninstall(const qm::wstring& name) {
+    return Uninstall(IisWorkOnIis6, [&](CIISVRootController& controller) {
+        controller.RemoveWebServiceExtensionNamed(name);
+    });
 }
 
 int32_t LastStatus() noexcept {

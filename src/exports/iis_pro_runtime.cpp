@@ -66,7 +66,24 @@ int32_t CIISProRuntime::ComponentInstall(CIISProVRootController& controller,
     const qm::wstring feature =
         found != propertyBag.components.end() ? found->second->feature : qm::wstring();
     controller.ComponentFileInfo(hostContext, feature, component);
-    return controller.SetPropertyBag(propertyBag);
+    if (const int32_t opened = controller.SetPropertyBag(propertyBag); opened != 0) {
+        return opened;
+    }
+    // Pools before the websites that use them, websites before their virtual directories.
+    int32_t status = controller.CreateCompAppPools(component);
+    if (status == 0) {
+        status = controller.CreateCompWebSites(component);
+    }
+    if (status == 0) {
+        status = controller.CreateCompVRoots(component);
+    }
+    if (status == 0) {
+        status = controller.SetSSIEnableCmdDirective();
+    }
+    if (status == 0) {
+        status = controller.CreateCompWebServiceExtensions(component);
+    }
+    return status;
 }
 
 int32_t CIISProRuntime::OpenUninstallSession(CIISProVRootController& controller) {

@@ -45,8 +45,9 @@ class CIISProRuntime final {
     std::unique_ptr<CIISProVRootController> BuildController();
 
     // Installs the component's IIS items through `controller`: hands it the event sink and the
-    // component's file information from the host, and opens the backend session. Returns the
-    // first non-zero status; the export does not pass it on.
+    // component's file information from the host, opens the backend session, then creates the
+    // pools, websites, virtual directories, the server-side-include setting and the web service
+    // extensions. Returns the first non-zero status; the export does not pass it on.
     int32_t ComponentInstall(CIISProVRootController& controller, const qm::wstring& component);
 
     // What every uninstall call does before its removal: the controller gets the event sink and

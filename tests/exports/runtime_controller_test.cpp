@@ -8,6 +8,7 @@
 #include "exports/export_calls.h"
 #include "exports/iis_pro_runtime.h"
 #include "exports/runtime_holder.h"
+#include "support/status_codes.h"
 #include "testing/recording_event_sink.h"
 
 namespace webrig::testing {
@@ -73,6 +74,56 @@ TEST_F(RuntimeInstallTest, InstallDoesNothingWhileIisWorkIsOff) {
     runtime.propertyBag.ignoreIIS = 1;
     // The strict double fails the test on any backend call.
     EXPECT_EQ(runtime.ComponentInstall(bound.controller, u"Web"), 0);
+}
+
+// One pool, one existing website, two virtual directories and an extension in component "Web".
+class ComponentSequenceTest : public RuntimeInstallTest {
+  protected:
+    ComponentSequenceTest() {
+        runtime.propertyBag.iisMajorVersion = 10;
+        CIISComponentProp& web = *runtime.propertyBag.components.at(u"Web");
+        CIISAppPoolProp& pool = *web.AddAppPool(u"P").record;
+        pool.Name = u"P";
+        pool.OverwriteExisting = u"0";  // found, and left as it is
+        site = web.AddWebsite(u"S").record;
+        site->SiteNumber = u"5";
+        site->Port = u"80";
+        site->Component = u"Web";
+        runtime.propertyBag.ReplaceWebsite(u"S", site);
+        for (const char16_t* key : {u"V1", u"V2"}) {
+            web.AddVRoot(key).record->ParentSite = u"S";
+        }
+        web.AddWebServiceExtension(u"E").record->File = u"C:\\app\\ext.dll";
+        EXPECT_CALL(bound.backend(), InitIISObject()).WillOnce(Return(0));
+    }
+
+    std::shared_ptr<CIISWebsiteProp> site;
+    ::testing::InSequence inOrder;
+};
+
+TEST_F(ComponentSequenceTest, PoolsComeBeforeWebsitesBeforeDirectoriesBeforeExtensions) {
+    using ::testing::_;
+    EXPECT_CALL(bound.backend(), CreateAppPoolFunction(_))
+        .WillOnce(Return(qm::status::app_pool_already_exists));
+    EXPECT_CALL(bound.backend(), FindSiteWithId(_)).WillOnce(Return(true));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_CALL(bound.backend(), OpenKeyToWebsite(nullptr, nullptr, nullptr));
+        EXPECT_CALL(bound.backend(), FindSiteWithId(_)).WillOnce(Return(true));
+        EXPECT_CALL(bound.backend(), AppCreate(_, _)).WillOnce(Return(183));
+    }
+    // The extension comes last: without the IIS 6 compatibility feature there is no ADSI object.
+    EXPECT_EQ(runtime.ComponentInstall(bound.controller, u"Web"),
+              platform::adsi_error::bad_pathname);
+    EXPECT_THAT(sink->logLines, Contains(u"Perhaps IIS Metabase and IIS 6 configuration "
+                                         u"compatibility is required for this action."));
+}
+
+TEST_F(ComponentSequenceTest, ACancelStopsAfterTheCurrentItem) {
+    using ::testing::_;
+    sink->cancelAnswer = IIISEvent::kCancelled;
+    EXPECT_CALL(bound.backend(), CreateAppPoolFunction(_))
+        .WillOnce(Return(qm::status::app_pool_already_exists));
+    EXPECT_EQ(runtime.ComponentInstall(bound.controller, u"Web"), qm::status::user_cancelled);
 }
 
 TEST_F(RuntimeInstallTest, UninstallSessionReturnsTheBackendsStatus) {

@@ -133,7 +133,7 @@ class ProjectWriter {
                    "Default.aspx,Default.htm,Default.asp,index.htm,index.html,iisstart.htm")
             .Entry("AppPool", "AppPool_" + component)
             .Entry("AppName", "App_" + item)
-            .Entry("Aspversion", "v4.0.30319")
+            .Entry("Aspversion", "4.0.30319")
             .Entry("AspVersionBitness", "64")
             .Entry("AspNetRegistration", "1")
             .Entry("AnonyUserName", "WEBSHOP\\IUSR_" + component);
@@ -201,7 +201,7 @@ class ProjectWriter {
             .Entry("Name", section)
             .Entry("Attributes", 0x0008)
             .Entry("RecycleRequests", 100000)
-            .Entry("RecycleTimes", "03:00,09:00,15:00,21:00")
+            .Entry("RecycleTimes", "03:00;09:00;15:00;21:00")
             .Entry("IdleTimeout", 20)
             .Entry("QueueLimit", 1000)
             .Entry("CPUMon", "80,5,0")
