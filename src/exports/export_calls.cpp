@@ -28,7 +28,7 @@ int32_t WithRuntime(Work&& work) noexcept {
 
 // The uninstall calls: the controller of this call, its session opened, then the removal.
 // `applies` is the call's gate on the instance's IIS state.
-// The removal's status stays inside: the host is told 0.
+// The removal's status stays inside (LastStatus): the host is told 0.
 template <class Applies, class Remove>
 int32_t Uninstall(Applies&& applies, Remove&& remove) noexcept {
     return WithRuntime([&](CIISProRuntime& runtime) {
@@ -41,7 +41,7 @@ int32_t Uninstall(Applies&& applies, Remove&& remove) noexcept {
         if (runtime.lastStatus != 0) {
             return 0;
         }
-        remove(*controller);
+        runtime.lastStatus = remove(*controller);
         return 0;
     });
 }
@@ -133,24 +133,26 @@ int32_t CheckForContinue(const qm::wstring& component, int32_t continueWithoutII
 }
 
 int32_t VRootUninstall(const qm::wstring& name) {
-    return Uninstall(IisWorkOn,
-                     [&](CIISVRootController& controller) { controller.RemoveVRootNamed(name); });
+    return Uninstall(IisWorkOn, [&](CIISVRootController& controller) {
+        return controller.RemoveVRootNamed(name);
+    });
 }
 
 int32_t WebSiteUninstall(const qm::wstring& name) {
     return Uninstall(IisWorkOn, [&](CIISVRootController& controller) {
-        controller.RemoveCompWebSiteNamed(name);
+        return controller.RemoveCompWebSiteNamed(name);
     });
 }
 
 int32_t AppPoolUninstall(const qm::wstring& name) {
-    return Uninstall(IisWorkOnIis6,
-                     [&](CIISVRootController& controller) { controller.RemoveAppPoolNamed(name); });
+    return Uninstall(IisWorkOnIis6, [&](CIISVRootController& controller) {
+        return controller.RemoveAppPoolNamed(name);
+    });
 }
 
 int32_t WebServiceExtensionUninstall(const qm::wstring& name) {
     return Uninstall(IisWorkOnIis6, [&](CIISVRootController& controller) {
-        controller.RemoveWebServiceExtensionNamed(name);
+        return controller.RemoveWebServiceExtensionNamed(name);
     });
 }
 
