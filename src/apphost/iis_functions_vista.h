@@ -11,6 +11,7 @@
 // call reach the controller operation that called them, which catches it.
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -61,6 +62,8 @@ class CIisFunctionsVista {
     int32_t RemoveWebsite(CIISWebsiteProp& website);
     bool FindSiteWithId(CIISWebsiteProp& website);
     bool FindSiteWithPort(CIISWebsiteProp& website);
+    // The walk both lookups share: the first site `matches` accepts becomes the current site.
+    bool FindSite(CIISWebsiteProp& website, const std::function<bool(const ElementPtr&)>& matches);
     // Gives the website the next free site id.
     void GetNextWebsiteId(CIISWebsiteProp& website);
 

@@ -81,37 +81,44 @@ void CIisFunctionsVista::RememberSite(const CIISWebsiteProp& website) {
     }
 }
 
-bool CIisFunctionsVista::FindSiteWithId(CIISWebsiteProp& website) {
+bool CIisFunctionsVista::FindSite(CIISWebsiteProp& website,
+                                  const std::function<bool(const ElementPtr&)>& matches) {
     m_spSiteElement.reset();
+    if (!website.Component.empty()) {
+        PutCommitPath(kAppHostPath);
+    }
+    const ElementPtr sites = GetAdminSection(kSitesSection, kAppHostPath);
+    if (!sites) {
+        LogMessage(u"No sites section found");
+        return false;
+    }
+    CollectionPtr collection;
+    if (qm::failed(sites->GetCollection(collection)) || !collection) {
+        LogMessage(u"No sites collection found");
+        return false;
+    }
+    uint32_t count = 0;
+    ThrowIfFailed(collection->Count(count));
+    for (uint32_t index = 0; index < count && !m_spSiteElement; ++index) {
+        ElementPtr site;
+        ThrowIfFailed(collection->Item(index, site));
+        if (matches(site)) {
+            m_spSiteElement = site;
+        }
+    }
+    RememberSite(website);
+    return m_spSiteElement != nullptr;
+}
+
+bool CIisFunctionsVista::FindSiteWithId(CIISWebsiteProp& website) {
     try {
-        if (!website.Component.empty()) {
-            PutCommitPath(kAppHostPath);
-        }
-        const ElementPtr sites = GetAdminSection(kSitesSection, kAppHostPath);
-        if (!sites) {
-            LogMessage(u"No sites section found");
-            return false;
-        }
-        CollectionPtr collection;
-        if (qm::failed(sites->GetCollection(collection)) || !collection) {
-            LogMessage(u"No sites collection found");
-            return false;
-        }
-        uint32_t count = 0;
-        ThrowIfFailed(collection->Count(count));
-        for (uint32_t index = 0; index < count && !m_spSiteElement; ++index) {
-            ElementPtr site;
-            ThrowIfFailed(collection->Item(index, site));
+        return FindSite(website, [&](const ElementPtr& site) {
             qm::wstring id;
             if (const PropertyPtr property = GetPropertyByName(site, u"id")) {
                 ThrowIfFailed(property->GetStringValue(id));
             }
-            if (id == website.SiteNumber) {
-                m_spSiteElement = site;
-            }
-        }
-        RememberSite(website);
-        return m_spSiteElement != nullptr;
+            return id == website.SiteNumber;
+        });
     } catch (...) {
         LogMessage(u"Exception caught while searching for site with this id number");
         return false;
@@ -119,38 +126,19 @@ bool CIisFunctionsVista::FindSiteWithId(CIISWebsiteProp& website) {
 }
 
 bool CIisFunctionsVista::FindSiteWithPort(CIISWebsiteProp& website) {
-    m_spSiteElement.reset();
     try {
-        if (!website.Component.empty()) {
-            PutCommitPath(kAppHostPath);
-        }
-        const ElementPtr sites = GetAdminSection(kSitesSection, kAppHostPath);
-        if (!sites) {
-            LogMessage(u"No sites section found");
-            return false;
-        }
-        CollectionPtr collection;
-        if (qm::failed(sites->GetCollection(collection)) || !collection) {
-            LogMessage(u"No sites collection found");
-            return false;
-        }
-        uint32_t count = 0;
-        ThrowIfFailed(collection->Count(count));
-        for (uint32_t index = 0; index < count && !m_spSiteElement; ++index) {
-            ElementPtr site;
-            ThrowIfFailed(collection->Item(index, site));
+        return FindSite(website, [&](const ElementPtr& site) {
             // Port "0" takes the first site.
-            if (website.Port == u"0" || SiteHasPort(site, website.Port)) {
-                m_spSiteElement = site;
-                qm::wstring id;
-                if (const PropertyPtr property = GetPropertyByName(site, u"id")) {
-                    ThrowIfFailed(property->GetStringValue(id));
-                }
-                website.SetSiteNumber(id);
+            if (website.Port != u"0" && !SiteHasPort(site, website.Port)) {
+                return false;
             }
-        }
-        RememberSite(website);
-        return m_spSiteElement != nullptr;
+            qm::wstring id;
+            if (const PropertyPtr property = GetPropertyByName(site, u"id")) {
+                ThrowIfFailed(property->GetStringValue(id));
+            }
+            website.SetSiteNumber(id);
+            return true;
+        });
     } catch (...) {
         LogMessage(u"Exception caught while searching for site with this port number");
         return false;
